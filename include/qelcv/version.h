@@ -1,0 +1,34 @@
+/**
+ * @file
+ * Which build of the library this is.
+ */
+#ifndef QELCV_VERSION_H_
+#define QELCV_VERSION_H_
+
+#include "qelcv/types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct QelVersionRecord {
+    int majorVersion;
+    int minorVersion;
+    int buildMajor;
+    int buildNumber;
+    char targetTag[4];       /**< tag of the processor-specific build: "t7" and two zero bytes */
+    const char* libraryName; /**< the library's file name */
+    const char* versionText; /**< printable version */
+    const char* buildDate;
+} QelVersionRecord;
+
+/**
+ * Returns the library's one version record. It never fails; the record is constant and never freed.
+ */
+QEL_API const QelVersionRecord* qelcvGetLibVersion(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

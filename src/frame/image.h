@@ -1,0 +1,45 @@
+// Regions of images: rows, steps and areas.
+#ifndef QELCV_FRAME_IMAGE_H_
+#define QELCV_FRAME_IMAGE_H_
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <cstdint>
+
+#include "qelcv/types.h"
+
+namespace qel {
+
+// The first sample of row y. Steps count bytes, whatever the sample.
+template <class T>
+inline T* row(T* p, int step, int y) {
+    using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
+    return reinterpret_cast<T*>(reinterpret_cast<Byte*>(p) + static_cast<std::ptrdiff_t>(step) * y);
+}
+
+// Pixels of a region as a signed 32-bit product that wraps: a region too large to count compares as negative and so
+// stays on the plain path. Nothing but a path choice may depend on it.
+inline int area(QelSize roi) {
+    return static_cast<int>(static_cast<unsigned>(roi.width) * static_cast<unsigned>(roi.height));
+}
+
+// A region of n-channel pixels as one of samples. A width beyond the range of int is met by no step, as before.
+inline QelSize samples(QelSize roi, int channels) {
+    return {static_cast<int>(std::min<int64_t>(int64_t{roi.width} * channels, INT_MAX)), roi.height};
+}
+
+// What a step is tested against: the bytes of a row and of a sample.
+struct RowOf {
+    int64_t bytes;
+    int sample;
+};
+
+template <class T>
+constexpr RowOf rowOf(int width, int channels = 1) {
+    return {int64_t{width} * channels * static_cast<int>(sizeof(T)), static_cast<int>(sizeof(T))};
+}
+
+}  // namespace qel
+
+#endif

@@ -1,0 +1,80 @@
+// The two ways through a region: once on the caller's thread, or once per thread of a team. All OpenMP stands here.
+#ifndef QELCV_FRAME_ROWS_H_
+#define QELCV_FRAME_ROWS_H_
+
+#include <algorithm>
+#include <array>
+
+#include "frame/image.h"
+#include "frame/scratch.h"
+#include "frame/threads.h"
+
+namespace qel {
+
+// From this area on, element-wise functions take the parallel path.
+constexpr int kElementwiseLimit = 0x40000;
+
+// Limits that grow with the thread limit: 2 to the power log2Pixels for each thread.
+inline bool reachesPerThread(QelSize roi, int log2Pixels) {
+    return area(roi) >= int64_t{owncvGetMaxNumThreads()} << log2Pixels;
+}
+
+// The rows of one thread: `size.height` of them from row y of the region.
+struct Share {
+    int thread;
+    int y;
+    QelSize size;
+};
+
+// Rows are divided evenly; the last thread takes the remainder, so a region of fewer rows than threads is all its own.
+inline Share shareOf(QelSize roi, int team, int thread) {
+    const int rows = roi.height / team;
+    const int y = rows * thread;
+    return {thread, y, {roi.width, thread + 1 < team ? rows : roi.height - y}};
+}
+
+// Calls work(share) for the whole region or, in parallel, once on each thread that has rows.
+template <class Work>
+void forRows(QelSize roi, bool parallel, const Work& work) {
+    if (!parallel) return work(Share{0, 0, roi});
+#pragma omp parallel num_threads(std::max(ownGetNumThreads(), 1))
+    {
+        const Share share = shareOf(roi, owncvGetNumThreads(), owncvGetIdThreads());
+        if (share.size.height > 0) work(share);
+    }
+}
+
+// As forRows for work that returns a Partial. *pTotal becomes the result of the one run or, in parallel, that of thread
+// 0 with those of the other threads merged into it in thread order by merge(total, partial). A thread without rows
+// counts as Partial(), the neutral value.
+//
+// Returns qelStatusNoMemory where there are more threads than stack slots and no memory for a table.
+template <class Partial, class Work, class Merge>
+qelStatus reduceRows(QelSize roi, bool parallel, Partial* pTotal, const Work& work, const Merge& merge) {
+    if (!parallel) {
+        *pTotal = work(Share{0, 0, roi});
+        return qelStatusOk;
+    }
+    constexpr int kStackSlots = 32;
+    std::array<Partial, kStackSlots> stackSlots;
+    const int threads = std::max(ownGetNumThreads(), 1);
+    const Scratch<Partial> allocatedSlots(threads > kStackSlots ? threads : 0);
+    Partial* const slots = threads > kStackSlots ? allocatedSlots.get() : stackSlots.data();
+    if (slots == nullptr) return qelStatusNoMemory;
+
+    int team = 1;
+#pragma omp parallel num_threads(threads)
+    {
+        const int thread = owncvGetIdThreads();
+        if (thread == 0) team = owncvGetNumThreads();
+        const Share share = shareOf(roi, owncvGetNumThreads(), thread);
+        slots[thread] = share.size.height > 0 ? work(share) : Partial();
+    }
+    *pTotal = slots[0];
+    for (int thread = 1; thread < team; ++thread) merge(*pTotal, slots[thread]);
+    return qelStatusOk;
+}
+
+}  // namespace qel
+
+#endif

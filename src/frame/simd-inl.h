@@ -1,0 +1,74 @@
+// What kernel files share: the loop over a row with its tail. Included once per instruction set.
+#include <hwy/cache_control.h>
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "frame/kernel.h"
+
+#if defined(QELCV_FRAME_SIMD_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef QELCV_FRAME_SIMD_INL_H_
+#undef QELCV_FRAME_SIMD_INL_H_
+#else
+#define QELCV_FRAME_SIMD_INL_H_
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace qel {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Calls op(d, x) on whole vectors, then on halves down to one sample. Each sample is visited once and nothing beyond
+// count is touched, so op may read and write the same image.
+template <class D, class Op>
+HWY_INLINE void forVectors(D d, size_t count, const Op& op, size_t x = 0) {
+    for (; x + hn::Lanes(d) <= count; x += hn::Lanes(d)) op(d, x);
+    if constexpr (hn::MaxLanes(D()) > 1) {
+        if (x < count) forVectors(hn::Half<D>(), count, op, x);
+    }
+}
+
+// How a kernel stores: through the cache, or past it where the address is a vector's.
+struct CachedStore {
+    template <class D, class V = hn::Vec<D>>
+    HWY_INLINE void operator()(V v, D d, hn::TFromD<D>* p) const {
+        hn::StoreU(v, d, p);
+    }
+};
+struct StreamingStore {
+    template <class D, class V = hn::Vec<D>>
+    HWY_INLINE void operator()(V v, D d, hn::TFromD<D>* p) const {
+        hn::Stream(v, d, p);
+    }
+};
+
+// As forVectors for op(d, x, store), where op stores its result at out + x by calling store(result, d, out + x). With
+// Streaming, whole vectors bypass the cache; the samples ahead of the first aligned address and the row's tail do not.
+template <bool Streaming, class D, class T, class Op>
+HWY_INLINE void forVectorsInto(T* out, D d, size_t count, const Op& op) {
+    const auto cached = [&op](auto dx, size_t x) HWY_ATTR { op(dx, x, CachedStore()); };
+    size_t x = 0;
+    if constexpr (Streaming) {
+        const size_t vectorBytes = hn::Lanes(d) * sizeof(T);
+        const size_t headBytes = -reinterpret_cast<uintptr_t>(out) & (vectorBytes - 1);
+        // An image that is not aligned to its own samples never meets a vector's address.
+        if (headBytes % sizeof(T) == 0) {
+            x = HWY_MIN(headBytes / sizeof(T), count);
+            forVectors(d, x, cached);
+            for (; x + hn::Lanes(d) <= count; x += hn::Lanes(d)) op(d, x, StreamingStore());
+        }
+    }
+    forVectors(d, count, cached, x);
+}
+
+// Ends a kernel: streamed stores become visible before it returns.
+template <bool Streaming>
+HWY_INLINE void finishStores() {
+    if constexpr (Streaming) hwy::FlushStream();
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace qel
+HWY_AFTER_NAMESPACE();
+
+#endif
