@@ -73,6 +73,20 @@ QEL_API qelStatus qeliAbsDiffC_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* 
                                        Qel32f value);
 /** @} */
 
+/* Accumulators */
+
+/* Norms */
+
+/* Mean and standard deviation */
+
+/* Extremes with position */
+
+/* Motion history */
+
+/* Colour gradient */
+
+/* Arctangent */
+
 #ifdef __cplusplus
 }
 #endif
