@@ -39,6 +39,8 @@ struct ByVolume {
     const Kernel<Fn>& streaming;
     int bytesPerPixel;
 };
+template <class Fn>
+ByVolume(const Kernel<Fn>&, const Kernel<Fn>&, int) -> ByVolume<Fn>;
 
 template <class Fn>
 Fn* pick(const Kernel<Fn>& kernel, QelSize) {
