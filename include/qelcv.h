@@ -17,6 +17,7 @@
 #ifndef QELCV_H_
 #define QELCV_H_
 
+#include "qelcv/filter.h"
 #include "qelcv/stats.h"
 #include "qelcv/types.h"
 #include "qelcv/version.h"

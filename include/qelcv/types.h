@@ -76,6 +76,17 @@ typedef enum QelStatus {
     qelStatusKernelNotSymmetric = 38        /**< warning: the kernel of a pyramid layer is not symmetric */
 } qelStatus;
 
+/**
+ * How a filter extends a row src[0..w-1] beyond its ends. Functions take the value as an int.
+ */
+typedef enum QelBorderMode {
+    qelBorderConst = 0, /**< a constant that the caller gives */
+    qelBorderRepl = 1,  /**< src[0] to the left, src[w-1] to the right */
+    qelBorderWrap = 2,  /**< src[x modulo w]: the row repeats */
+    qelBorderMirr = 3,  /**< reflection that does not repeat the edge sample: src[1], src[2], ...; period 2(w-1) */
+    qelBorderMirrR = 4  /**< reflection that repeats the edge sample: src[0], src[1], ...; period 2w */
+} QelBorderMode;
+
 #ifdef __cplusplus
 }
 #endif

@@ -69,6 +69,13 @@ private:
     int64_t bytes_ = 0;
 };
 
+// Ends a size query. A size that the caller's int cannot hold is an error rather than a number that wraps.
+inline qelStatus writeBufferSize(int64_t bytes, int* pBufferSize) {
+    if (bytes > INT_MAX) return qelStatusOverflow;
+    *pBufferSize = static_cast<int>(bytes);
+    return qelStatusOk;
+}
+
 }  // namespace qel
 
 #endif

@@ -72,5 +72,13 @@ TEST(Carver, AlignsUpwards) {
     EXPECT_EQ(int64_t{1} << 33, alignUp((int64_t{1} << 33) - 1, 32));
 }
 
+TEST(BufferSize, DoesNotWrap) {
+    int size = -1;
+    EXPECT_EQ(qelStatusOk, writeBufferSize(INT_MAX, &size));
+    EXPECT_EQ(INT_MAX, size);
+    EXPECT_EQ(qelStatusOverflow, writeBufferSize(int64_t{INT_MAX} + 1, &size));
+    EXPECT_EQ(INT_MAX, size);
+}
+
 }  // namespace
 }  // namespace qel
