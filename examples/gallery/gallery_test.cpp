@@ -1,0 +1,135 @@
+// Runs the gallery as its users do, on files of every format and on what is no picture at all.
+//
+// usage: gallery_test PROGRAM DIRECTORY
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <string>
+
+#include "files.h"
+#include "scenes.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace gallery;
+
+int failures = 0;
+
+void check(bool holds, const std::string& what) {
+    if (holds) return;
+    std::printf("FAILED: %s\n", what.c_str());
+    ++failures;
+}
+
+std::string contents(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+struct Run {
+    int status;
+    std::string out, err;
+};
+
+Run run(const std::string& command) {
+    const int result = std::system((command + " >out.txt 2>err.txt").c_str());
+    return {WIFEXITED(result) ? WEXITSTATUS(result) : -1, contents("out.txt"), contents("err.txt")};
+}
+
+std::string lastLine(std::string text) {
+    while (!text.empty() && text.back() == '\n') text.pop_back();
+    return text.substr(text.rfind('\n') + 1);
+}
+
+// Every picture of the page is there, and can be read; nothing refers elsewhere.
+void checkPage(const fs::path& page) {
+    const std::string html = contents(page);
+    check(html.find("qeliAbsDiff_8u_C1R") != std::string::npos, "the page names the functions");
+    const std::regex reference("(?:src|href)=\"([^\"]*)\"");
+    int pictures = 0;
+    for (std::sregex_iterator it(html.begin(), html.end(), reference), end; it != end; ++it) {
+        const std::string target = (*it)[1];
+        if (target.front() == '#') {
+            check(html.find("id=\"" + target.substr(1) + "\"") != std::string::npos, "the page has no " + target);
+            continue;
+        }
+        check(target.find(':') == std::string::npos && target.front() != '/', target + " is outside of the page");
+        check(readPicture(page.parent_path() / target).width() > 0, target + " is a picture");
+        ++pictures;
+    }
+    check(pictures >= 10, "the page shows its pictures");
+}
+
+void shows(const std::string& program, const std::string& name, const std::string& picture, const std::string& size) {
+    const fs::path directory = fs::current_path() / "deep" / name;
+    const Run result = run(program + " " + picture + " --output " + directory.string());
+    check(result.status == 0, name + ": exit status " + std::to_string(result.status) + ", " + result.err);
+    check(lastLine(result.out) == directory / "index.html", name + ": the last line is the page's path");
+    if (!fs::exists(directory / "index.html")) return check(false, name + ": there is no page");
+    check(contents(directory / "index.html").find(size) != std::string::npos, name + ": the page tells the size");
+    checkPage(directory / "index.html");
+}
+
+void refuses(const std::string& program, const std::string& arguments, const std::string& message) {
+    const Run result = run(program + " " + arguments);
+    check(result.status == 1, arguments + ": exit status " + std::to_string(result.status));
+    check(result.err.find(message) != std::string::npos, arguments + ": says \"" + result.err + "\"");
+}
+
+void checkAll(const std::string& program) {
+    shows(program, "painted", "", "960 × 640");
+
+    const Canvas picture = testPicture({150, 101});
+    const auto showsFile = [&](const std::string& name, const Image<Qel8u>& image) {
+        writePicture(name, image);
+        shows(program, "from-" + name, name, "150 × 101");
+    };
+    showsFile("picture.png", picture.rgb());
+    showsFile("picture.jpg", picture.rgb());
+    showsFile("picture.ppm", picture.rgb());
+    showsFile("picture.pgm", picture.gray());
+    writePicture("pixel.png", testPicture({1, 1}).rgb());
+    shows(program, "pixel", "pixel.png", "1 × 1");
+    writePicture("a <wide> & \"odd\" name.png", testPicture({2000, 2}).rgb());
+    shows(program, "odd", "'a <wide> & \"odd\" name.png'", "2000 × 2");
+
+    refuses(program, "missing.png", "cannot read missing.png: No such file");
+    std::ofstream("text.png") << "This is no picture.";
+    refuses(program, "text.png", "cannot read text.png: not a PNG");
+    std::ofstream("empty.jpg") << "";
+    refuses(program, "empty.jpg", "cannot read empty.jpg: not a PNG");
+    std::ofstream("half.png", std::ios::binary) << contents("picture.png").substr(0, 200);
+    refuses(program, "half.png", "cannot read half.png: not a PNG");
+    refuses(program, ".", "it is a directory");
+    refuses(program, "--output text.png/below", "cannot make the directory text.png/below");
+    refuses(program, "--output text.png", "cannot ");
+    refuses(program, "--output", "--output needs a directory");
+    refuses(program, "--colour", "unknown option --colour");
+    refuses(program, "picture.png picture.jpg", "one picture at a time");
+
+    const Run help = run(program + " --help");
+    check(help.status == 0 && help.out.find("usage: gallery") == 0, "--help explains the use");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) return 2;
+    try {
+        const std::string program = fs::absolute(argv[1]);
+        fs::remove_all(argv[2]);
+        fs::create_directories(argv[2]);
+        fs::current_path(argv[2]);
+        checkAll(program);
+    } catch (const std::exception& error) {
+        check(false, error.what());
+    }
+    std::printf(failures == 0 ? "all checks passed\n" : "%d checks failed\n", failures);
+    return failures == 0 ? 0 : 1;
+}
