@@ -16,13 +16,13 @@ extern "C" {
 
 /** @name Sample types, by the descriptor that stands for them in function names */
 /** @{ */
-typedef uint8_t Qel8u;
-typedef int8_t Qel8s;
-typedef uint16_t Qel16u;
-typedef int16_t Qel16s;
-typedef int32_t Qel32s;
-typedef float Qel32f;
-typedef double Qel64f;
+typedef uint8_t Qel8u;   /**< unsigned 8-bit */
+typedef int8_t Qel8s;    /**< signed 8-bit */
+typedef uint16_t Qel16u; /**< unsigned 16-bit */
+typedef int16_t Qel16s;  /**< signed 16-bit */
+typedef int32_t Qel32s;  /**< signed 32-bit */
+typedef float Qel32f;    /**< IEEE 754 single precision */
+typedef double Qel64f;   /**< IEEE 754 double precision */
 /** @} */
 
 /** An integer as wide as a pointer. */
@@ -30,22 +30,22 @@ typedef intptr_t QEL_INT_PTR;
 
 /** Width and height of a region, in pixels and rows. */
 typedef struct QelSize {
-    int width;
-    int height;
+    int width;  /**< in pixels */
+    int height; /**< in rows */
 } QelSize;
 
 /** Column and row of a pixel. */
 typedef struct QelPoint {
-    int x;
-    int y;
+    int x; /**< column, from 0 */
+    int y; /**< row, from 0 */
 } QelPoint;
 
 /** A rectangle of pixels: column and row of its first pixel, then its size. */
 typedef struct QelRect {
-    int x;
-    int y;
-    int width;
-    int height;
+    int x;      /**< column, from 0 */
+    int y;      /**< row, from 0 */
+    int width;  /**< in pixels */
+    int height; /**< in rows */
 } QelRect;
 
 /**

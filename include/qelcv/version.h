@@ -11,15 +11,16 @@
 extern "C" {
 #endif
 
+/** The build of the library that is loaded. */
 typedef struct QelVersionRecord {
-    int majorVersion;
-    int minorVersion;
-    int buildMajor;
-    int buildNumber;
+    int majorVersion;        /**< major version */
+    int minorVersion;        /**< minor version */
+    int buildMajor;          /**< major build number */
+    int buildNumber;         /**< minor build number */
     char targetTag[4];       /**< tag of the processor-specific build: "t7" and two zero bytes */
     const char* libraryName; /**< the library's file name */
     const char* versionText; /**< printable version */
-    const char* buildDate;
+    const char* buildDate;   /**< printable date */
 } QelVersionRecord;
 
 /**
