@@ -3,6 +3,7 @@
 // usage: gallery_test PROGRAM DIRECTORY
 #include <sys/wait.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -13,6 +14,7 @@
 
 #include "files.h"
 #include "scenes.h"
+#include "section.h"
 
 namespace {
 
@@ -82,6 +84,21 @@ void refuses(const std::string& program, const std::string& arguments, const std
     check(result.err.find(message) != std::string::npos, arguments + ": says \"" + result.err + "\"");
 }
 
+// A call that fails ends the tour, with the function's name.
+void checkTimings() {
+    Timing timing("qeliName", {1000, 100});
+    timing.repeat([] { return qelStatusDivideByZero; });
+    check(timing.milliseconds() > 0, "a call takes time");
+    const double perPixel = timing.milliseconds() * 1e6 / 100000;
+    check(std::abs(timing.nanosecondsPerPixel() - perPixel) <= perPixel * 1e-9, "100000 pixels share it");
+    try {
+        timing.once([] { return qelStatusBadStep; });
+        check(false, "an error is thrown");
+    } catch (const std::runtime_error& error) {
+        check(error.what() == std::string("qeliName returned status -14"), error.what());
+    }
+}
+
 void checkAll(const std::string& program) {
     shows(program, "painted", "", "960 × 640");
 
@@ -126,6 +143,7 @@ int main(int argc, char** argv) {
         fs::remove_all(argv[2]);
         fs::create_directories(argv[2]);
         fs::current_path(argv[2]);
+        checkTimings();
         checkAll(program);
     } catch (const std::exception& error) {
         check(false, error.what());

@@ -40,7 +40,7 @@ constexpr const char* kStyle = R"css(
 html { scroll-behavior: smooth; scroll-padding-top: 4.5rem; }
 body { margin: 0; background: var(--page); color: var(--ink); font: 16px/1.55 system-ui, "DejaVu Sans", sans-serif; }
 main, .top, nav > div { max-width: 84rem; margin: 0 auto; padding: 0 1.5rem; }
-.top { display: grid; gap: 2.5rem; padding-block: 3rem 2.5rem; align-items: center; }
+.top { display: grid; grid-template-columns: minmax(0, 1fr); gap: 2.5rem; padding-block: 3rem 2.5rem; align-items: center; }
 @media (min-width: 60rem) { .top { grid-template-columns: minmax(0, 1fr) minmax(0, 1.15fr); } }
 h1 { font-size: clamp(2.2rem, 5vw, 3.4rem); line-height: 1.08; letter-spacing: -.03em; margin: 0 0 .8rem; }
 h2 { font-size: 1.9rem; letter-spacing: -.02em; margin: 0 0 .3rem; line-height: 1.2; }
@@ -53,7 +53,7 @@ code { font: .84em/1.5 var(--mono); overflow-wrap: anywhere; }
 .machine { display: grid; grid-template-columns: repeat(auto-fit, minmax(9.5rem, 1fr)); gap: .9rem 1.5rem; margin: 1.8rem 0 0; }
 .machine dt { color: var(--soft); font-size: .8rem; }
 .machine dd { margin: 0; font-weight: 600; overflow-wrap: anywhere; }
-.hero { display: block; width: 100%; height: auto; border-radius: 14px; box-shadow: var(--shade); }
+.top img { display: block; width: 100%; height: auto; border-radius: 14px; box-shadow: var(--shade); }
 nav { position: sticky; top: 0; z-index: 1; background: color-mix(in srgb, var(--page) 88%, transparent);
   backdrop-filter: blur(10px); border-block: 1px solid var(--line); }
 nav > div { display: flex; gap: .4rem; overflow-x: auto; padding-block: .6rem; }
@@ -121,12 +121,6 @@ std::string significant(double value) {
     return digits(value, value <= 0 ? 0 : std::clamp(2 - static_cast<int>(std::floor(std::log10(value))), 0, 4));
 }
 
-std::string imageTag(const std::string& file, const Image<Qel8u>& image, const std::string& alt,
-                     const char* attributes) {
-    return "<img src=\"" + file + "\" width=\"" + std::to_string(image.width()) + "\" height=\"" +
-           std::to_string(image.height()) + "\" alt=\"" + escaped(alt) + "\" " + attributes + ">";
-}
-
 std::string factsOf(const Figure& figure) {
     std::string html;
     for (const Fact& fact : figure.facts) {
@@ -169,14 +163,15 @@ Page::Page(std::string directory, const Visit& visit, const Image<Qel8u>& rgb)
     std::error_code error;
     std::filesystem::create_directories(directory_, error);
     if (error) throw std::runtime_error("cannot make the directory " + directory_ + ": " + error.message());
-    hero_ = save("picture.png", rgb);
+    hero_ = save("picture.png", "the picture", rgb);
 }
 
-std::string Page::save(const std::string& name, const Image<Qel8u>& image) const {
+std::string Page::save(const std::string& name, const std::string& alt, const Image<Qel8u>& image) const {
     const int longest = std::max(image.width(), image.height());
     const Image<Qel8u> shown = reduced(image, (longest + kShownLength - 1) / kShownLength);
     writePicture(directory_ + "/" + name, shown);
-    return imageTag(name, shown, "", "");
+    return "<img src=\"" + name + "\" width=\"" + std::to_string(shown.width()) + "\" height=\"" +
+           std::to_string(shown.height()) + "\" alt=\"" + escaped(alt) + "\">";
 }
 
 void Page::add(const Registration& registration, const Section& section) {
@@ -188,8 +183,8 @@ void Page::add(const Registration& registration, const Section& section) {
     for (const Figure& figure : section.figures()) {
         const std::string file = entry.anchor + "-" + std::to_string(++number) + ".png";
         entry.html += std::string("<figure") + (figure.wide ? " class=\"wide\"" : "") + ">\n<a href=\"" + file + "\">" +
-                      save(file, figure.image) + "</a>\n<figcaption>\n<h3>" + escaped(figure.title) + "</h3>\n<p>" +
-                      escaped(figure.text) + "</p>\n" + factsOf(figure) + timingsOf(figure) +
+                      save(file, figure.title, figure.image) + "</a>\n<figcaption>\n<h3>" + escaped(figure.title) +
+                      "</h3>\n<p>" + escaped(figure.text) + "</p>\n" + factsOf(figure) + timingsOf(figure) +
                       "</figcaption>\n</figure>\n";
     }
     entry.html += "</div>\n</section>\n";

@@ -30,7 +30,8 @@ private:
         Room room;
         std::string anchor, title, html;
     };
-    std::string save(const std::string& name, const Image<Qel8u>& image) const;
+    // Writes a picture file and returns the tag that shows it.
+    std::string save(const std::string& name, const std::string& alt, const Image<Qel8u>& image) const;
     std::string navigation() const;
     std::string header() const;
 

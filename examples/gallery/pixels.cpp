@@ -8,7 +8,7 @@
 namespace gallery {
 namespace {
 
-// Calls visit(from, to) for every sample of two images of equal size.
+// An image of the same size with convert(sample) for each sample.
 template <class From, class To, class Convert>
 Image<To> converted(const Image<From>& image, const Convert& convert) {
     Image<To> result(image.size(), image.channels());
@@ -19,7 +19,10 @@ Image<To> converted(const Image<From>& image, const Convert& convert) {
     return result;
 }
 
-float share(float value, float from, float to) { return std::clamp((value - from) / (to - from), 0.0f, 1.0f); }
+// How far `value` is on the way from `from` to `to`, between 0 and 1; a NaN counts as `from`.
+float share(float value, float from, float to) {
+    return value > from ? std::min((value - from) / (to - from), 1.0f) : 0;
+}
 
 // Sums along x or y of `radius` neighbours on both sides; edge samples are repeated.
 Image<Qel8u> boxMean(const Image<Qel8u>& image, int radius, int dx, int dy) {
@@ -93,10 +96,6 @@ Image<Qel8u> colourMap(const Image<Qel32f>& image, float from, float to) {
 Image<Qel8u> amplified(const Image<Qel8u>& image, int factor) {
     return converted<Qel8u, Qel8u>(image, [=](Qel8u v) { return static_cast<Qel8u>(std::min(v * factor, 255)); });
 }
-
-Image<Qel8u> rgbOf(const Image<Qel8u>& image) { return image.channels() == 3 ? image : Canvas(image).rgb(); }
-
-Image<Qel8u> cut(const Image<Qel8u>& image, QelRect rect) { return zoomed(image, rect, 1); }
 
 Image<Qel8u> zoomed(const Image<Qel8u>& image, QelRect rect, int factor) {
     const int left = std::clamp(rect.x, 0, image.width() - 1),

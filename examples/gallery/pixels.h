@@ -20,8 +20,6 @@ Image<Qel8u> picture(const Image<Qel16u>& image);                          // th
 Image<Qel8u> picture(const Image<Qel32f>& image, float from, float to);    // as grays, one or three channels
 Image<Qel8u> colourMap(const Image<Qel32f>& image, float from, float to);  // dark blue over green to yellow
 Image<Qel8u> amplified(const Image<Qel8u>& image, int factor);
-Image<Qel8u> rgbOf(const Image<Qel8u>& image);                             // one channel as three
-Image<Qel8u> cut(const Image<Qel8u>& image, QelRect rect);                 // the part inside both
 Image<Qel8u> zoomed(const Image<Qel8u>& image, QelRect rect, int factor);  // each pixel a square
 Image<Qel8u> sideBySide(const std::vector<Image<Qel8u>>& images);          // from left to right, with a gap
 Image<Qel8u> reduced(const Image<Qel8u>& image, int factor);               // means of factor by factor pixels
