@@ -1,0 +1,208 @@
+#include "kit/contest.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+
+#include "kit/bandwidth.h"
+#include "peers/opencv.h"
+#include "qelcore.h"
+
+namespace bench {
+namespace {
+
+std::map<std::string, Entry>& registry() {
+    static std::map<std::string, Entry> entries;
+    return entries;
+}
+
+double secondsOf(const Runs& runs, int n) {
+    using Clock = std::chrono::steady_clock;
+    const auto start = Clock::now();
+    runs(n);
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+double quantile(std::vector<double> values, double q) {
+    const auto at = values.begin() + std::ptrdiff_t(q * double(values.size() - 1) + 0.5);
+    std::nth_element(values.begin(), at, values.end());
+    return *at;
+}
+
+// Threads of the OpenMP runtime wait for work in a loop before they sleep. The peer's own threads need the processors.
+void letThreadsSleep() { usleep(15000); }
+
+}  // namespace
+
+Rows::Rows(Case::Build build, std::initializer_list<Row> rows) {
+    for (const Row& row : rows) {
+        Entry& entry = registry()[row.name];
+        entry.name = row.name;
+        entry.sizes = row.sizes;
+        (build == Case::Build::O3 ? entry.setupO3 : entry.setupO2) = row.setup;
+    }
+}
+
+std::vector<Entry> allEntries() {
+    std::vector<Entry> entries;
+    for (const auto& [name, entry] : registry()) entries.push_back(entry);
+    return entries;
+}
+
+Image<Qel8u> Case::mask(Shape shape) {
+    const Image<Qel8u> image = input<Qel8u>(shape);
+    if (build_ == Build::O3) {
+        Block& block = blocks_.back();
+        for (size_t i = 0; i < block.bytes; ++i) block.memory.get()[i] = block.memory.get()[i] & 1 ? -1 : 0;
+    }
+    return image;
+}
+
+char* Case::scratch(size_t bytes) {
+    return keep(static_cast<char*>(std::aligned_alloc(64, (bytes + 63) & ~size_t{63})), std::free);
+}
+
+// Images start at different offsets within a page: processors compare addresses by these bits first, and would hold
+// back a load for a store that only looks the same.
+Case::Block& Case::allocate(size_t bytes, size_t border) {
+    const size_t offset = blocks_.size() % 8 * 448;
+    const size_t total = (bytes + offset + 4095) & ~size_t{4095};
+    char* const memory = static_cast<char*>(std::aligned_alloc(4096, total));
+    if (memory == nullptr) std::abort();
+    return blocks_.emplace_back(
+        Block{.memory = {memory, &std::free}, .bytes = total, .first = memory + offset + border, .close = nullptr});
+}
+
+struct Contest::Competitor {
+    Runs runs;
+    double* ratio;  // in the result
+    bool isPeer = false;
+    int callsPerSample = 1;
+    std::vector<double> secondsPerCall = {};
+
+    // The number of calls that makes a sample long enough. Warms up on the way.
+    double calibrate(double sampleSeconds) {
+        double seconds = secondsOf(runs, 1);
+        while (seconds < sampleSeconds) {
+            const double growth = std::clamp(1.2 * sampleSeconds / std::max(seconds, 1e-9), 2.0, 100.0);
+            callsPerSample = int(std::min(callsPerSample * growth, 1e9));
+            seconds = secondsOf(runs, callsPerSample);
+        }
+        return seconds;
+    }
+
+    void sample() {
+        if (callsPerSample > 1 || isPeer) runs(1);
+        secondsPerCall.push_back(secondsOf(runs, callsPerSample) / callsPerSample);
+    }
+};
+
+double Contest::bytesPerPixel(const Entry& entry) {
+    Case probe({64, 64});
+    entry.setupO3(probe);
+    return probe.moved_ / (64 * 64);
+}
+
+Contest::Contest(const Entry& entry, std::string sizeName, QelSize size, int threads)
+    : case_(size), result_{.name = entry.name, .sizeName = std::move(sizeName), .size = size, .threads = threads} {
+    entry.setupO3(case_);
+    result_.bytesMoved = case_.moved_;
+    case_.build_ = Case::Build::O2;
+    case_.replayed_ = 0;
+    entry.setupO2(case_);
+}
+
+Contest::Contents Contest::contents() const {
+    Contents copy;
+    for (const Case::Block& block : case_.blocks_)
+        copy.emplace_back(block.memory.get(), block.memory.get() + block.bytes);
+    return copy;
+}
+
+void Contest::restore(const Contents& contents) {
+    for (size_t i = 0; i < contents.size(); ++i) std::ranges::copy(contents[i], case_.blocks_[i].memory.get());
+}
+
+bool Contest::sameAs(const Contents& contents) const {
+    return std::ranges::equal(case_.blocks_, contents,
+                              [this](const Case::Block& block, const std::vector<char>& other) {
+                                  return std::memcmp(block.memory.get(), other.data(), block.bytes) == 0 ||
+                                         (case_.tolerance_ > 0 && block.close != nullptr &&
+                                          block.close(block.memory.get(), other.data(), block.bytes, case_.tolerance_));
+                              });
+}
+
+// Moves as many bytes as the function does, if these are enough to tell. The memory is the same for all contests, so
+// the largest sets its size.
+Runs Contest::bandwidthLimit() {
+    static std::vector<char> from, to;
+    const int threads = result_.threads;
+    const size_t bytes = size_t(result_.bytesMoved);
+    if (bytes < 4096) return nullptr;  // a matter of call overhead
+    from.resize(std::max(from.size(), bytes), 1);
+    if (case_.writes_) {
+        result_.limit = "copy";
+        to.resize(std::max(to.size(), bytes / 2), 1);
+        return case_.looped([=] { copyMemory(to.data(), from.data(), bytes / 2, threads); }, &case_.failed_);
+    }
+    result_.limit = "read";
+    return case_.looped([=] { readMemory(from.data(), bytes, threads); }, &case_.failed_);
+}
+
+Result Contest::hold(const Effort& effort) {
+    qelSetNumThreads(result_.threads);
+    setPeerThreads(result_.threads);
+
+    const Contents original = contents();
+    case_.ours_(1);
+    const Contents ours = contents();
+    const auto agrees = [&](const Runs& other) {
+        if (!other) return true;
+        restore(original);
+        other(1);
+        return sameAs(ours);
+    };
+    result_.peerAgrees = agrees(case_.peer_);
+    result_.agrees = agrees(case_.plainO3_) && agrees(case_.plainO2_) && !case_.failed_;
+    restore(original);
+
+    std::vector<Competitor> competitors;
+    const auto enter = [&](const Runs& runs, double* ratio) {
+        if (runs) competitors.push_back({.runs = runs, .ratio = ratio, .isPeer = ratio == &result_.peer});
+    };
+    enter(case_.ours_, nullptr);
+    enter(case_.plainO3_, &result_.plainO3);
+    enter(case_.plainO2_, &result_.plainO2);
+    enter(case_.peer_, &result_.peer);
+    enter(bandwidthLimit(), &result_.shareOfLimit);
+
+    double roundSeconds = 0;
+    for (Competitor& c : competitors) roundSeconds += c.calibrate(effort.sampleSeconds);
+    const int most = std::max(int(effort.totalSeconds / roundSeconds), 3);
+    result_.rounds = std::min(effort.rounds, most);
+    for (int round = 0; round < result_.rounds; ++round) {
+        for (Competitor& c : competitors) {
+            if (c.isPeer && result_.threads > 1) letThreadsSleep();
+            c.sample();
+        }
+    }
+
+    const std::vector<double>& oursSeconds = competitors[0].secondsPerCall;
+    for (const Competitor& c : competitors) {
+        if (c.ratio == nullptr) continue;
+        std::vector<double> ratios;
+        for (size_t i = 0; i < oursSeconds.size(); ++i) ratios.push_back(c.secondsPerCall[i] / oursSeconds[i]);
+        *c.ratio = quantile(ratios, 0.5);
+    }
+    const double seconds = quantile(oursSeconds, 0.5);
+    const double elements = case_.elements_ > 0 ? case_.elements_ : double(result_.size.width) * result_.size.height;
+    result_.nsPerCall = seconds * 1e9;
+    result_.nsPerElement = seconds * 1e9 / elements;
+    result_.gigabytesPerSecond = result_.bytesMoved / seconds * 1e-9;
+    result_.spread = (quantile(oursSeconds, 0.75) - quantile(oursSeconds, 0.25)) / seconds;
+    return result_;
+}
+
+}  // namespace bench
