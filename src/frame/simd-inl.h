@@ -18,13 +18,40 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Calls op(d, x) on whole vectors, then on halves down to one sample. Each sample is visited once and nothing beyond
-// count is touched, so op may read and write the same image.
+// Calls op(d, x) on whole vectors and returns where they end. Compared with `last`, x is all that the loop counts; in
+// terms of x + lanes, compilers count both.
+template <class D, class Op>
+HWY_INLINE size_t forWholeVectors(D d, size_t count, const Op& op, size_t x) {
+    const size_t lanes = hn::Lanes(d);
+    if (count - x >= lanes) {
+        const size_t last = count - lanes;
+        do {
+            op(d, x);
+            x += lanes;
+        } while (x <= last);
+    }
+    return x;
+}
+
+// Calls op(d, x) on one vector, a half, a quarter and so on, as far as samples from x to count are left for it.
+template <class D, class Op>
+HWY_INLINE void forParts(D d, size_t count, const Op& op, size_t x) {
+    if (count - x >= hn::Lanes(d)) {
+        op(d, x);
+        x += hn::Lanes(d);
+    }
+    if constexpr (hn::MaxLanes(D()) > 1) {
+        if (x < count) forParts(hn::Half<D>(), count, op, x);
+    }
+}
+
+// Calls op(d, x) on whole vectors, then on parts of one down to one sample. Each sample is visited once and nothing
+// beyond count is touched, so op may read and write the same image.
 template <class D, class Op>
 HWY_INLINE void forVectors(D d, size_t count, const Op& op, size_t x = 0) {
-    for (; x + hn::Lanes(d) <= count; x += hn::Lanes(d)) op(d, x);
+    x = forWholeVectors(d, count, op, x);
     if constexpr (hn::MaxLanes(D()) > 1) {
-        if (x < count) forVectors(hn::Half<D>(), count, op, x);
+        if (x < count) forParts(hn::Half<D>(), count, op, x);
     }
 }
 
@@ -55,7 +82,8 @@ HWY_INLINE void forVectorsInto(T* out, D d, size_t count, const Op& op) {
         if (headBytes % sizeof(T) == 0) {
             x = HWY_MIN(headBytes / sizeof(T), count);
             forVectors(d, x, cached);
-            for (; x + hn::Lanes(d) <= count; x += hn::Lanes(d)) op(d, x, StreamingStore());
+            x = forWholeVectors(
+                d, count, [&op](auto dx, size_t i) HWY_ATTR { op(dx, i, StreamingStore()); }, x);
         }
     }
     forVectors(d, count, cached, x);
