@@ -2,7 +2,6 @@
 #ifndef QELCV_FRAME_ROWS_H_
 #define QELCV_FRAME_ROWS_H_
 
-#include <algorithm>
 #include <array>
 
 #include "frame/image.h"
@@ -33,11 +32,13 @@ inline Share shareOf(QelSize roi, int team, int thread) {
     return {thread, y, {roi.width, thread + 1 < team ? rows : roi.height - y}};
 }
 
-// Calls work(share) for the whole region or, in parallel, once on each thread that has rows.
+// Calls work(share) for the whole region or, in parallel, once on each thread that has rows. A team of one is not
+// formed: to start and end it costs as much as the work on a small region, on 32-bit systems several microseconds.
 template <class Work>
 void forRows(QelSize roi, bool parallel, const Work& work) {
-    if (!parallel) return work(Share{0, 0, roi});
-#pragma omp parallel num_threads(std::max(ownGetNumThreads(), 1))
+    const int threads = parallel ? ownGetNumThreads() : 1;
+    if (threads <= 1) return work(Share{0, 0, roi});
+#pragma omp parallel num_threads(threads)
     {
         const Share share = shareOf(roi, owncvGetNumThreads(), owncvGetIdThreads());
         if (share.size.height > 0) work(share);
@@ -51,13 +52,13 @@ void forRows(QelSize roi, bool parallel, const Work& work) {
 // Returns qelStatusNoMemory where there are more threads than stack slots and no memory for a table.
 template <class Partial, class Work, class Merge>
 qelStatus reduceRows(QelSize roi, bool parallel, Partial* pTotal, const Work& work, const Merge& merge) {
-    if (!parallel) {
+    const int threads = parallel ? ownGetNumThreads() : 1;
+    if (threads <= 1) {
         *pTotal = work(Share{0, 0, roi});
         return qelStatusOk;
     }
     constexpr int kStackSlots = 32;
     std::array<Partial, kStackSlots> stackSlots;
-    const int threads = std::max(ownGetNumThreads(), 1);
     const Scratch<Partial> allocatedSlots(threads > kStackSlots ? threads : 0);
     Partial* const slots = threads > kStackSlots ? allocatedSlots.get() : stackSlots.data();
     if (slots == nullptr) return qelStatusNoMemory;
