@@ -58,9 +58,9 @@ T sampleOf(Value value) {
                    QelSize roiSize) {                                                                \
         return qel::absDiff(pSrc1, src1Step, pSrc2, src2Step, pDst, dstStep, roiSize, __VA_ARGS__);  \
     }
-ABS_DIFF(qeliAbsDiff_8u_C1R, Qel8u, qel::ownAbsDiff_8u_C1R_W7)
+ABS_DIFF(qeliAbsDiff_8u_C1R, Qel8u, qel::ByVolume{qel::ownAbsDiff_8u_C1R_W7, qel::ownAbsDiff_8u_C1R_W7_B, 3})
 ABS_DIFF(qeliAbsDiff_16u_C1R, Qel16u, qel::ByVolume{qel::ownAbsDiff_16u_C1R_W7, qel::ownAbsDiff_16u_C1R_W7_B, 6})
-ABS_DIFF(qeliAbsDiff_32f_C1R, Qel32f, qel::ownAbsDiff_32f_C1R_A6)
+ABS_DIFF(qeliAbsDiff_32f_C1R, Qel32f, qel::ByVolume{qel::ownAbsDiff_32f_C1R_A6, qel::ownAbsDiff_32f_C1R_A6_B, 12})
 #undef ABS_DIFF
 
 qelStatus qeliAbsDiff_8u_C3R(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step, Qel8u* pDst,
@@ -74,8 +74,9 @@ qelStatus qeliAbsDiff_8u_C3R(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc
     qelStatus name(const T* pSrc, int srcStep, T* pDst, int dstStep, QelSize roiSize, Value value) {       \
         return qel::absDiffC(pSrc, srcStep, pDst, dstStep, roiSize, qel::sampleOf<T>(value), __VA_ARGS__); \
     }
-ABS_DIFF_C(qeliAbsDiffC_8u_C1R, Qel8u, int, qel::ownAbsDiffC_8u_C1R_W7)
+ABS_DIFF_C(qeliAbsDiffC_8u_C1R, Qel8u, int, qel::ByVolume{qel::ownAbsDiffC_8u_C1R_W7, qel::ownAbsDiffC_8u_C1R_W7_B, 2})
 ABS_DIFF_C(qeliAbsDiffC_16u_C1R, Qel16u, int,
            qel::ByVolume{qel::ownAbsDiffC_16u_C1R_W7, qel::ownAbsDiffC_16u_C1R_W7_B, 6})
-ABS_DIFF_C(qeliAbsDiffC_32f_C1R, Qel32f, Qel32f, qel::ownAbsDiffC_32f_C1R_A6)
+ABS_DIFF_C(qeliAbsDiffC_32f_C1R, Qel32f, Qel32f,
+           qel::ByVolume{qel::ownAbsDiffC_32f_C1R_A6, qel::ownAbsDiffC_32f_C1R_A6_B, 8})
 #undef ABS_DIFF_C

@@ -48,14 +48,18 @@ void absDiffCRows(const T* pSrc, int srcStep, T* pDst, int dstStep, QelSize size
 }  // namespace
 
 constexpr auto& ownAbsDiff_8u_C1R_W7 = absDiffRows<Qel8u>;
+constexpr auto& ownAbsDiff_8u_C1R_W7_B = absDiffRows<Qel8u, true>;
 constexpr auto& ownAbsDiff_16u_C1R_W7 = absDiffRows<Qel16u>;
 constexpr auto& ownAbsDiff_16u_C1R_W7_B = absDiffRows<Qel16u, true>;
 constexpr auto& ownAbsDiff_32f_C1R_A6 = absDiffRows<Qel32f>;
+constexpr auto& ownAbsDiff_32f_C1R_A6_B = absDiffRows<Qel32f, true>;
 
 constexpr auto& ownAbsDiffC_8u_C1R_W7 = absDiffCRows<Qel8u>;
+constexpr auto& ownAbsDiffC_8u_C1R_W7_B = absDiffCRows<Qel8u, true>;
 constexpr auto& ownAbsDiffC_16u_C1R_W7 = absDiffCRows<Qel16u>;
 constexpr auto& ownAbsDiffC_16u_C1R_W7_B = absDiffCRows<Qel16u, true>;
 constexpr auto& ownAbsDiffC_32f_C1R_A6 = absDiffCRows<Qel32f>;
+constexpr auto& ownAbsDiffC_32f_C1R_A6_B = absDiffCRows<Qel32f, true>;
 
 }  // namespace HWY_NAMESPACE
 }  // namespace qel
@@ -64,12 +68,16 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace qel {
 QEL_KERNEL(ownAbsDiff_8u_C1R_W7);
+QEL_KERNEL(ownAbsDiff_8u_C1R_W7_B);
 QEL_KERNEL(ownAbsDiff_16u_C1R_W7);
 QEL_KERNEL(ownAbsDiff_16u_C1R_W7_B);
 QEL_KERNEL(ownAbsDiff_32f_C1R_A6);
+QEL_KERNEL(ownAbsDiff_32f_C1R_A6_B);
 QEL_KERNEL(ownAbsDiffC_8u_C1R_W7);
+QEL_KERNEL(ownAbsDiffC_8u_C1R_W7_B);
 QEL_KERNEL(ownAbsDiffC_16u_C1R_W7);
 QEL_KERNEL(ownAbsDiffC_16u_C1R_W7_B);
 QEL_KERNEL(ownAbsDiffC_32f_C1R_A6);
+QEL_KERNEL(ownAbsDiffC_32f_C1R_A6_B);
 }  // namespace qel
 #endif

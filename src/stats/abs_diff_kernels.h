@@ -14,14 +14,18 @@ template <class T>
 using AbsDiffCKernel = void(const T* pSrc, int srcStep, T* pDst, int dstStep, QelSize size, T value);
 
 extern const Kernel<AbsDiffKernel<Qel8u>> ownAbsDiff_8u_C1R_W7;
+extern const Kernel<AbsDiffKernel<Qel8u>> ownAbsDiff_8u_C1R_W7_B;
 extern const Kernel<AbsDiffKernel<Qel16u>> ownAbsDiff_16u_C1R_W7;
 extern const Kernel<AbsDiffKernel<Qel16u>> ownAbsDiff_16u_C1R_W7_B;
 extern const Kernel<AbsDiffKernel<Qel32f>> ownAbsDiff_32f_C1R_A6;
+extern const Kernel<AbsDiffKernel<Qel32f>> ownAbsDiff_32f_C1R_A6_B;
 
 extern const Kernel<AbsDiffCKernel<Qel8u>> ownAbsDiffC_8u_C1R_W7;
+extern const Kernel<AbsDiffCKernel<Qel8u>> ownAbsDiffC_8u_C1R_W7_B;
 extern const Kernel<AbsDiffCKernel<Qel16u>> ownAbsDiffC_16u_C1R_W7;
 extern const Kernel<AbsDiffCKernel<Qel16u>> ownAbsDiffC_16u_C1R_W7_B;
 extern const Kernel<AbsDiffCKernel<Qel32f>> ownAbsDiffC_32f_C1R_A6;
+extern const Kernel<AbsDiffCKernel<Qel32f>> ownAbsDiffC_32f_C1R_A6_B;
 
 }  // namespace qel
 
