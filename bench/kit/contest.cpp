@@ -1,9 +1,9 @@
 #include "kit/contest.h"
 
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <map>
 
 #include "kit/bandwidth.h"
@@ -18,11 +18,11 @@ std::map<std::string, Entry>& registry() {
     return entries;
 }
 
-double secondsOf(const Runs& runs, int n) {
-    using Clock = std::chrono::steady_clock;
-    const auto start = Clock::now();
-    runs(n);
-    return std::chrono::duration<double>(Clock::now() - start).count();
+// One thread is timed by the processor time it got, so that others' turns on the processor do not count.
+double now(int threads) {
+    timespec t;
+    clock_gettime(threads == 1 ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC, &t);
+    return double(t.tv_sec) + double(t.tv_nsec) * 1e-9;
 }
 
 double quantile(std::vector<double> values, double q) {
@@ -30,9 +30,6 @@ double quantile(std::vector<double> values, double q) {
     std::nth_element(values.begin(), at, values.end());
     return *at;
 }
-
-// Threads of the OpenMP runtime wait for work in a loop before they sleep. The peer's own threads need the processors.
-void letThreadsSleep() { usleep(15000); }
 
 }  // namespace
 
@@ -67,7 +64,7 @@ char* Case::scratch(size_t bytes) {
 // Images start at different offsets within a page: processors compare addresses by these bits first, and would hold
 // back a load for a store that only looks the same.
 Case::Block& Case::allocate(size_t bytes, size_t border) {
-    const size_t offset = blocks_.size() % 8 * 448;
+    const size_t offset = blocks_.size() * 2496 % 4096;
     const size_t total = (bytes + offset + 4095) & ~size_t{4095};
     char* const memory = static_cast<char*>(std::aligned_alloc(4096, total));
     if (memory == nullptr) std::abort();
@@ -77,25 +74,36 @@ Case::Block& Case::allocate(size_t bytes, size_t border) {
 
 struct Contest::Competitor {
     Runs runs;
+    int threads;
     double* ratio;  // in the result
-    bool isPeer = false;
+    bool letsOthersSleep;
     int callsPerSample = 1;
     std::vector<double> secondsPerCall = {};
 
-    // The number of calls that makes a sample long enough. Warms up on the way.
+    double measure(int calls) const {
+        const double start = now(threads);
+        runs(calls);
+        return now(threads) - start;
+    }
+
+    // Finds how many calls make a sample long enough, and returns its seconds. Warms up on the way. The shorter of two
+    // times counts, lest an interruption pass for work.
     double calibrate(double sampleSeconds) {
-        double seconds = secondsOf(runs, 1);
+        const auto shorter = [this](int calls) { return std::min(measure(calls), measure(calls)); };
+        double seconds = measure(1);
+        if (seconds < sampleSeconds) seconds = shorter(1);
         while (seconds < sampleSeconds) {
             const double growth = std::clamp(1.2 * sampleSeconds / std::max(seconds, 1e-9), 2.0, 100.0);
             callsPerSample = int(std::min(callsPerSample * growth, 1e9));
-            seconds = secondsOf(runs, callsPerSample);
+            seconds = shorter(callsPerSample);
         }
         return seconds;
     }
 
     void sample() {
-        if (callsPerSample > 1 || isPeer) runs(1);
-        secondsPerCall.push_back(secondsOf(runs, callsPerSample) / callsPerSample);
+        if (letsOthersSleep) usleep(15000);
+        if (callsPerSample > 1 || letsOthersSleep) runs(1);
+        secondsPerCall.push_back(measure(callsPerSample) / callsPerSample);
     }
 };
 
@@ -170,7 +178,9 @@ Result Contest::hold(const Effort& effort) {
 
     std::vector<Competitor> competitors;
     const auto enter = [&](const Runs& runs, double* ratio) {
-        if (runs) competitors.push_back({.runs = runs, .ratio = ratio, .isPeer = ratio == &result_.peer});
+        // Threads of the OpenMP runtime look for work for some milliseconds. The peer's own need the processors.
+        const bool letsOthersSleep = ratio == &result_.peer && result_.threads > 1;
+        if (runs) competitors.push_back({runs, result_.threads, ratio, letsOthersSleep});
     };
     enter(case_.ours_, nullptr);
     enter(case_.plainO3_, &result_.plainO3);
@@ -183,10 +193,8 @@ Result Contest::hold(const Effort& effort) {
     const int most = std::max(int(effort.totalSeconds / roundSeconds), 3);
     result_.rounds = std::min(effort.rounds, most);
     for (int round = 0; round < result_.rounds; ++round) {
-        for (Competitor& c : competitors) {
-            if (c.isPeer && result_.threads > 1) letThreadsSleep();
-            c.sample();
-        }
+        // Another one begins each round, lest a rhythm of the system always meet the same one.
+        for (size_t i = 0; i < competitors.size(); ++i) competitors[(round + i) % competitors.size()].sample();
     }
 
     const std::vector<double>& oursSeconds = competitors[0].secondsPerCall;
