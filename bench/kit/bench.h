@@ -72,6 +72,8 @@ public:
     enum class Build { O3, O2 };
 
     explicit Case(QelSize size) : size_(size) {}
+    Case(const Case&) = delete;
+    Case& operator=(const Case&) = delete;
 
     // The region's size. Images are of this size unless their shape says otherwise.
     QelSize size() const { return size_; }

@@ -179,7 +179,7 @@ Result Contest::hold(const Effort& effort) {
     std::vector<Competitor> competitors;
     const auto enter = [&](const Runs& runs, double* ratio) {
         // Threads of the OpenMP runtime look for work for some milliseconds. The peer's own need the processors.
-        const bool letsOthersSleep = ratio == &result_.peer && result_.threads > 1;
+        const bool letsOthersSleep = ratio == &result_.peer && result_.threads > 1 && effort.sampleSeconds > 0;
         if (runs) competitors.push_back({runs, result_.threads, ratio, letsOthersSleep});
     };
     enter(case_.ours_, nullptr);

@@ -1,0 +1,79 @@
+#!/usr/bin/env python3
+"""Writes the performance report from what `qelcv_bench --json` wrote: report.py A.json B.json > docs/performance.md"""
+
+import json
+import sys
+
+INTRODUCTION = """\
+# Performance
+
+Made by `bench/report.py` from the results of `make bench`. All functions were timed turn by turn with what they
+compete with, on the same images, and every ratio is the median over the turns. *plain* is the scalar loop that a C++
+programmer would write, compiled by the same compiler for the library's baseline (SSSE3), at `-O3`, where the compiler
+vectorises it, and at `-O2`: the figure is how many times as long as ours it takes on one thread. *OpenCV* is its
+nearest function, on as many threads as ours. *of copy* is the rate at which ours moves the bytes of its images,
+relative to `memcpy` of as many bytes in the same run; *of read*, for functions that write no image, relative to a
+vector sum.
+"""
+
+COLUMNS = ["16×16", "L1", "plain -O3", "plain -O2", "L2", "plain -O3", "1920×1080", "plain -O3", "OpenCV", "threads",
+           "memory", "of copy/read"]
+
+
+def number(value, unit=""):
+    if not value:
+        return ""
+    digits = 3 if value < 0.1 else 2 if value < 10 else 1 if value < 100 else 0
+    return f"{value:.{digits}f}{unit}"
+
+
+def row(name, results):
+    """The cells of a function, from its results by size and thread count."""
+    empty = dict.fromkeys(["nsPerCall", "nsPerElement", "plainO3", "plainO2", "peer", "gigabytesPerSecond",
+                           "shareOfLimit"], 0)
+
+    def at(size, threads=1):
+        return results.get((size, threads), empty)
+
+    most = max(threads for _, threads in results)
+    hd, all_threads = at("1920x1080"), at("1920x1080", most)
+    speedup = hd["nsPerCall"] / all_threads["nsPerCall"] if most > 1 and all_threads["nsPerCall"] else 0
+    return [f"`{name}`", number(at("16x16")["nsPerCall"], " ns"), number(at("L1")["nsPerElement"]),
+            number(at("L1")["plainO3"], "×"), number(at("L1")["plainO2"], "×"), number(at("L2")["nsPerElement"]),
+            number(at("L2")["plainO3"], "×"), number(hd["nsPerElement"]), number(hd["plainO3"], "×"),
+            number(hd["peer"], "×"), number(speedup, "×"), number(at("memory")["gigabytesPerSecond"], " GB/s"),
+            number(at("memory")["shareOfLimit"] * 100, " %")]
+
+
+def section(report):
+    machine = report["machine"]
+    functions = {}
+    for result in report["results"]:
+        functions.setdefault(result["name"], {})[result["size"], result["threads"]] = result
+    peer = f", {machine['peer']}" if machine["peer"] else ""
+    yield f"\n## {machine['architecture']}\n"
+    yield (f"{machine['processor']}, {machine['instructionSet']}, {machine['threads']} threads, caches of "
+           f"{machine['l1'] >> 10} KB, {machine['l2'] >> 10} KB and {machine['l3'] >> 10} KB; {machine['compiler']}{peer}."
+           " L1, L2 and 1920×1080 in ns per pixel (or element); *threads* is the speed-up by all threads.\n")
+    yield "| Function | " + " | ".join(COLUMNS) + " |"
+    yield "|---|" + "---:|" * len(COLUMNS)
+    for name, results in functions.items():
+        yield "| " + " | ".join(row(name, results)) + " |"
+    wrong = sorted({r["name"] for r in report["results"] if not r["agrees"]})
+    if wrong:
+        yield "\n**Differing from the plain loop:** " + ", ".join(wrong)
+    differing = sorted({r["name"] for r in report["results"] if not r["peerAgrees"]})
+    if differing:
+        yield "\nOpenCV's result differs for: " + ", ".join(f"`{name}`" for name in differing) + "."
+
+
+def main(paths):
+    if not paths:
+        sys.exit(__doc__)
+    print(INTRODUCTION, end="")
+    for path in paths:
+        with open(path, encoding="utf-8") as file:
+            print("\n".join(section(json.load(file))))
+
+
+main(sys.argv[1:])
