@@ -13,11 +13,12 @@ programmer would write, compiled by the same compiler for the library's baseline
 vectorises it, and at `-O2`: the figure is how many times as long as ours it takes on one thread. *OpenCV* is its
 nearest function, on as many threads as ours. *of copy* is the rate at which ours moves the bytes of its images,
 relative to `memcpy` of as many bytes in the same run; *of read*, for functions that write no image, relative to a
-vector sum.
+vector sum. Columns of L1, L2 and 1920×1080 are in ns per pixel (or element) on one thread; *threads*, where it was
+measured, is the speed-up at 1920×1080 by all threads of the machine.
 """
 
-COLUMNS = ["16×16", "L1", "plain -O3", "plain -O2", "L2", "plain -O3", "1920×1080", "plain -O3", "OpenCV", "threads",
-           "memory", "of copy/read"]
+COLUMNS = ["Function", "16×16", "L1", "plain -O3", "plain -O2", "L2", "plain -O3", "1920×1080", "plain -O3", "OpenCV",
+           "threads", "memory", "of copy/read"]
 
 
 def number(value, unit=""):
@@ -53,12 +54,13 @@ def section(report):
     peer = f", {machine['peer']}" if machine["peer"] else ""
     yield f"\n## {machine['architecture']}\n"
     yield (f"{machine['processor']}, {machine['instructionSet']}, {machine['threads']} threads, caches of "
-           f"{machine['l1'] >> 10} KB, {machine['l2'] >> 10} KB and {machine['l3'] >> 10} KB; {machine['compiler']}{peer}."
-           " L1, L2 and 1920×1080 in ns per pixel (or element); *threads* is the speed-up by all threads.\n")
-    yield "| Function | " + " | ".join(COLUMNS) + " |"
-    yield "|---|" + "---:|" * len(COLUMNS)
-    for name, results in functions.items():
-        yield "| " + " | ".join(row(name, results)) + " |"
+           f"{machine['l1'] >> 10} KB, {machine['l2'] >> 10} KB and {machine['l3'] >> 10} KB; "
+           f"{machine['compiler']}{peer}.\n")
+    table = [COLUMNS] + [row(name, results) for name, results in functions.items()]
+    measured = [i for i in range(len(COLUMNS)) if any(cells[i] for cells in table[1:])]
+    table.insert(1, ["---"] + ["---:"] * (len(COLUMNS) - 1))
+    for cells in table:
+        yield "| " + " | ".join(cells[i] for i in measured) + " |"
     wrong = sorted({r["name"] for r in report["results"] if not r["agrees"]})
     if wrong:
         yield "\n**Differing from the plain loop:** " + ", ".join(wrong)
