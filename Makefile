@@ -26,8 +26,9 @@ help:  ## list the targets
 setup-%:
 	@$(SETUP) $*
 
+configure-tsan: setup-tsan
 configure-%:
-	@cmake --preset $* --log-level=WARNING
+	@cmake --preset $* --log-level=WARNING >/dev/null
 
 build-%: configure-%
 	@cmake --build --preset $* --parallel $(JOBS)
