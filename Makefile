@@ -1,6 +1,7 @@
 # The front door: each target sets up what it needs by itself.
 .DEFAULT_GOAL := help
 .NOTPARALLEL:
+.ONESHELL:
 .SUFFIXES:
 SHELL := /bin/bash
 .SHELLFLAGS := -Eeuo pipefail -c
@@ -13,11 +14,10 @@ PREFIX := /usr/local
 DESTDIR :=
 # A picture of your own for `make demo`, else the gallery paints one.
 IMAGE :=
+# Arguments for `make bench`.
+BENCH :=
 SETUP := tools/setup
 JOBS := $(shell nproc)
-
-# Spinning threads would slow each other down where tests share processors.
-export OMP_WAIT_POLICY ?= passive
 
 .PHONY: help
 help:  ## list the targets
@@ -46,7 +46,14 @@ demo: setup-demo configure-release-i386  ## run every family on a picture (IMAGE
 test: $(ARCHS:%=test-%)  ## build and test both architectures
 
 .PHONY: bench
-bench: setup-bench build-release-x86_64 build-release-i386  ## measure every operation
+bench: setup-bench  ## measure every operation (BENCH="--quick --filter AbsDiff")
+	@mkdir -p out/bench
+	@for arch in $(ARCHS); do
+	    cmake --preset release-$$arch -DQELCV_BUILD_BENCH=ON --log-level=WARNING >/dev/null
+	    cmake --build --preset release-$$arch --parallel $(JOBS) --target qelcv_bench
+	    echo "== benchmarks, $$arch"
+	    build/release-$$arch/bin/qelcv_bench --json out/bench/$$arch.json $(BENCH)
+	done
 
 .PHONY: docs
 docs: setup-docs configure-release-x86_64  ## make the API reference
@@ -67,7 +74,8 @@ install: setup-build $(ARCHS:%=build-release-%)  ## install (PREFIX=/usr/local D
 .PHONY: package
 package: setup-package $(ARCHS:%=build-release-%)  ## make Debian packages in out/packages
 	@for arch in $(ARCHS); do cpack --config build/release-$$arch/CPackConfig.cmake -B out/packages; done
-	@ls -l out/packages/*.deb
+	rm -rf out/packages/_CPack_Packages
+	ls out/packages/*.deb
 
 .PHONY: clean
 clean:  ## remove all that was built
