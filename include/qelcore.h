@@ -30,7 +30,7 @@ QEL_API void qelFree(void* p);
  *
  * The most threads that one call may use. Until it is set, it is what the OpenMP runtime would use (so the environment
  * variable OMP_NUM_THREADS and a call of omp_set_num_threads by the calling thread count), but no more than the
- * processors that the process may run on.
+ * processors that the process may run on within its affinity mask and a container's processor quota, read once.
  *
  * ownGetNumThreads returns the number of threads to request for a parallel region: the limit.
  * qelGetNumThreads writes the limit to *pNumThreads.
@@ -47,13 +47,15 @@ QEL_API qelStatus qelSetNumThreads(int numThreads);
 /** @} */
 
 /**
- * Number of processor cores that the process may run on, at least 1. Threads that share a core count once; cores
- * outside the affinity mask and beyond a container's processor quota do not count. Read once per process.
+ * Number of cores on the processor die, at least 1: those that the process may run on, of the die that has most of
+ * them. Threads that share a core count once; cores outside the affinity mask and beyond a container's processor quota
+ * do not count. Where the system does not tell which threads share a core, each counts as one. Read once per process.
  */
 QEL_API int qelGetNumCoresOnDie(void);
 
 /**
- * Writes the size in bytes of the largest cache of the processor to *pSizeByte. Read once per process.
+ * Writes the size in bytes of the largest cache of the processors that the process may run on to *pSizeByte. Read once
+ * per process.
  *
  * @retval qelStatusOk           success
  * @retval qelStatusNullPointer  pSizeByte is null

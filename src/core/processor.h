@@ -4,7 +4,7 @@
 
 namespace qel {
 
-// Processors that the process may run on, at least 1. Read once.
+// Processors that the process may run on within its quota, at least 1. Read once.
 int usableProcessors();
 
 }  // namespace qel

@@ -8,7 +8,7 @@
 
 namespace {
 
-// What the caller set, or 0 for the default.
+// What the caller set; below 1 for the default.
 std::atomic<int> chosenLimit{0};
 
 }  // namespace
@@ -25,6 +25,6 @@ qelStatus qelGetNumThreads(int* pNumThreads) {
 }
 
 qelStatus qelSetNumThreads(int numThreads) {
-    chosenLimit.store(std::max(numThreads, 0), std::memory_order_relaxed);
+    chosenLimit.store(numThreads, std::memory_order_relaxed);
     return qelStatusOk;
 }
