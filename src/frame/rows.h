@@ -45,6 +45,18 @@ void forRows(QelSize roi, bool parallel, const Work& work) {
     }
 }
 
+// Calls work(y) for each row, on the caller's thread or, in parallel, on a team that shares the rows out in even runs.
+template <class Work>
+void forEachRow(int height, bool parallel, const Work& work) {
+    const int threads = parallel && height > 1 ? ownGetNumThreads() : 1;
+    if (threads <= 1) {
+        for (int y = 0; y < height; ++y) work(y);
+        return;
+    }
+#pragma omp parallel for schedule(static) num_threads(threads)
+    for (int y = 0; y < height; ++y) work(y);
+}
+
 // As forRows for work that returns a Partial. *pTotal becomes the result of the one run or, in parallel, that of thread
 // 0 with those of the other threads merged into it in thread order by merge(total, partial). A thread without rows
 // counts as Partial(), the neutral value.

@@ -55,6 +55,26 @@ TEST_F(Rows, ATeamOfOneDoesAll) {
     EXPECT_EQ(std::vector<int>(9, 0), threadsOfRows({2, 9}, true)) << "a core library that knows no number";
 }
 
+// Which thread each row went to, row by row.
+std::vector<int> threadOfEachRow(int height, bool parallel) {
+    std::vector<int> thread(size_t(height), -1);
+    forEachRow(height, parallel, [&](int y) {
+        EXPECT_EQ(-1, thread[size_t(y)]);
+        thread[size_t(y)] = owncvGetIdThreads();
+    });
+    return thread;
+}
+
+TEST_F(Rows, EachRowIsVisitedOnceInEvenRuns) {
+    kit::core().threads = 3;
+    EXPECT_EQ(std::vector<int>(7, 0), threadOfEachRow(7, false));
+    EXPECT_EQ((std::vector<int>{0, 0, 0, 1, 1, 1, 2, 2}), threadOfEachRow(8, true));
+    EXPECT_EQ((std::vector<int>{0, 1}), threadOfEachRow(2, true));
+    EXPECT_EQ((std::vector<int>{0}), threadOfEachRow(1, true));
+    kit::core().threads = 0;
+    EXPECT_EQ(std::vector<int>(5, 0), threadOfEachRow(5, true)) << "a core library that knows no number";
+}
+
 // Joins the first rows of the shares, so that the order of the merge shows; the neutral value is empty.
 struct Order {
     std::array<int, 64> firstRows{};
