@@ -77,7 +77,126 @@ QEL_API qelStatus qeliAbsDiffC_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* 
 
 /* Norms */
 
-/* Mean and standard deviation */
+/**
+ * @name Mean under a mask: *pMean = the sum of the samples where the mask is not zero, divided by their number
+ *
+ * C3CMR: three interleaved channels, of which `coi` alone is read into the mean. The mean of an empty mask is 0.0.
+ * The sums of 8u, 8s and 16u are exact, whatever the size. 32f adds in an order that depends on the size of the region
+ * and the number of threads alone, never on the instruction set: C1MR in single precision, in four lanes over all rows,
+ * so that a large sum loses its low bits; C3CMR in double precision, pixel after pixel.
+ *
+ * @param pSrc      first sample of the source region
+ * @param srcStep   bytes from one row to the next: at least a row's bytes and a multiple of the sample size
+ * @param pMask     first byte of the mask, one byte for each pixel: the pixel takes part where it is not zero. Samples
+ *                  that take no part may hold anything, a NaN too
+ * @param maskStep  bytes from one row of the mask to the next: at least the width
+ * @param roiSize   region in pixels, at least 1 by 1
+ * @param coi       C3CMR: the channel, 1, 2 or 3
+ * @param pMean     the result
+ *
+ * @retval qelStatusOk                      *pMean is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 srcStep is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  16u, 32f: srcStep is not a multiple of the sample size
+ * @retval qelStatusBadStep                 maskStep is shorter than its row
+ * @retval qelStatusBadChannel              C3CMR: coi is not 1, 2 or 3
+ * @retval qelStatusNoMemory                there are more than 32 threads and no memory for their sums
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. From 0x20000 pixels for each thread of
+ * the limit on, rows go to OpenMP threads, except for qeliMean_8u_C1MR; that can change the last bits of 32f, and
+ * nothing else.
+ */
+/** @{ */
+QEL_API qelStatus qeliMean_8u_C1MR(const Qel8u* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                   Qel64f* pMean);
+QEL_API qelStatus qeliMean_8u_C3CMR(const Qel8u* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                    int coi, Qel64f* pMean);
+QEL_API qelStatus qeliMean_8s_C1MR(const Qel8s* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                   Qel64f* pMean);
+QEL_API qelStatus qeliMean_8s_C3CMR(const Qel8s* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                    int coi, Qel64f* pMean);
+QEL_API qelStatus qeliMean_16u_C1MR(const Qel16u* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                    Qel64f* pMean);
+QEL_API qelStatus qeliMean_16u_C3CMR(const Qel16u* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                     int coi, Qel64f* pMean);
+QEL_API qelStatus qeliMean_32f_C1MR(const Qel32f* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                    Qel64f* pMean);
+QEL_API qelStatus qeliMean_32f_C3CMR(const Qel32f* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                     int coi, Qel64f* pMean);
+/** @} */
+
+/**
+ * @name Mean and standard deviation, over a region or under a mask
+ *
+ * *pMean is the mean of the samples and *pStdDev the square root of the mean of their squared distances from it: the
+ * divisor is the number of pixels. C3CR and C3CMR: of one channel out of three interleaved ones. Under a mask, only
+ * pixels whose mask byte is not zero take part; an empty mask gives 0.0 and 0.0.
+ *
+ * The sums of 8u, 8s and 16u are exact, whatever the size; the deviation is the root of the magnitude of the mean
+ * square less the squared mean, in double precision. 32f adds samples and their squares in single precision and folds
+ * these sums into double precision after every row or two, small regions at their end; the order depends on the size
+ * and alignment of the region and the number of threads alone, never on the instruction set. Where the variance so
+ * found is less than 0.05 of the squared mean, a second pass adds up the squared distances from the mean, and where all
+ * samples are equal, the deviation is exactly 0.0.
+ *
+ * @param pSrc      first sample of the source region
+ * @param srcStep   bytes from one row to the next: at least a row's bytes and a multiple of the sample size
+ * @param pMask     C1MR, C3CMR: first byte of the mask, one byte for each pixel. Samples that take no part may hold
+ *                  anything, a NaN too
+ * @param maskStep  bytes from one row of the mask to the next: at least the width
+ * @param roiSize   region in pixels, at least 1 by 1
+ * @param coi       C3CR, C3CMR: the channel, 1, 2 or 3
+ * @param pMean, pStdDev  the results; null where one is not wanted
+ *
+ * @retval qelStatusOk                      the results are written
+ * @retval qelStatusNullPointer             pSrc or pMask is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 srcStep is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  16u, 32f: srcStep is not a multiple of the sample size
+ * @retval qelStatusBadStep                 maskStep is shorter than its row
+ * @retval qelStatusBadChannel              C3CR, C3CMR: coi is not 1, 2 or 3
+ * @retval qelStatusNoMemory                there are more than 32 threads and no memory for their sums
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. From 0x20000 pixels for each thread of
+ * the limit on, rows go to OpenMP threads; qeliMean_StdDev_32f_C1R needs half as many, qeliMean_StdDev_8u_C1R more than
+ * one core, and qeliMean_StdDev_32f_C3CR stays on the caller's thread. That can change the last bits of 32f, and
+ * nothing else; the second pass runs on the caller's thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliMean_StdDev_8u_C1R(const Qel8u* pSrc, int srcStep, QelSize roiSize, Qel64f* pMean,
+                                         Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_8u_C3CR(const Qel8u* pSrc, int srcStep, QelSize roiSize, int coi, Qel64f* pMean,
+                                          Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_8u_C1MR(const Qel8u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                          QelSize roiSize, Qel64f* pMean, Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_8u_C3CMR(const Qel8u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                           QelSize roiSize, int coi, Qel64f* pMean, Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_8s_C1R(const Qel8s* pSrc, int srcStep, QelSize roiSize, Qel64f* pMean,
+                                         Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_8s_C3CR(const Qel8s* pSrc, int srcStep, QelSize roiSize, int coi, Qel64f* pMean,
+                                          Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_8s_C1MR(const Qel8s* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                          QelSize roiSize, Qel64f* pMean, Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_8s_C3CMR(const Qel8s* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                           QelSize roiSize, int coi, Qel64f* pMean, Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_16u_C1R(const Qel16u* pSrc, int srcStep, QelSize roiSize, Qel64f* pMean,
+                                          Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_16u_C3CR(const Qel16u* pSrc, int srcStep, QelSize roiSize, int coi, Qel64f* pMean,
+                                           Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_16u_C1MR(const Qel16u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                           QelSize roiSize, Qel64f* pMean, Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_16u_C3CMR(const Qel16u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                            QelSize roiSize, int coi, Qel64f* pMean, Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_32f_C1R(const Qel32f* pSrc, int srcStep, QelSize roiSize, Qel64f* pMean,
+                                          Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_32f_C3CR(const Qel32f* pSrc, int srcStep, QelSize roiSize, int coi, Qel64f* pMean,
+                                           Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_32f_C1MR(const Qel32f* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                           QelSize roiSize, Qel64f* pMean, Qel64f* pStdDev);
+QEL_API qelStatus qeliMean_StdDev_32f_C3CMR(const Qel32f* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                            QelSize roiSize, int coi, Qel64f* pMean, Qel64f* pStdDev);
+/** @} */
 
 /**
  * @name Smallest and largest sample of a region, and where each comes first

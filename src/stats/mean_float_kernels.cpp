@@ -1,0 +1,345 @@
+#include "frame/image.h"
+#include "stats/mean_kernels.h"
+
+#define HWY_TARGET_INCLUDE "stats/mean_float_kernels.cpp"
+#include "frame/channel-inl.h"
+#include "frame/simd-inl.h"
+#include "stats/mean_count-inl.h"
+
+// The order of these sums is part of their results: four single-precision lanes on every machine, where lane i takes
+// the pixels x + i and then x + 4 + i of each step of eight, and never a fused multiply-add. The pixels left over at a
+// row's end go one by one into the first lane. A chain is one or two rows that go through the same four lanes; of two
+// rows, each step takes the upper one's pixels first.
+//
+// Where each chain is folded by itself, several run side by side, one in each block of a wide vector, and are folded in
+// the order of their rows. Pixels outside of the mask, and the other lanes where a single pixel enters, add +0. That
+// changes no lane, since a lane starts at +0 and so never is -0.
+HWY_BEFORE_NAMESPACE();
+namespace qel {
+namespace HWY_NAMESPACE {
+namespace {
+
+using D4 = hn::FixedTag<Qel32f, 4>;
+using D2 = hn::FixedTag<Qel64f, 2>;
+using V2 = hn::Vec<D2>;
+using Wide = hn::ScalableTag<Qel32f>;
+
+// What becomes of a sample before it is added, and whether the sum is wanted beside the squares.
+struct Itself {
+    static constexpr bool kWantsSum = true;
+    template <class V>
+    HWY_INLINE V operator()(V x) const {
+        return x;
+    }
+};
+struct DistanceFrom {
+    static constexpr bool kWantsSum = false;
+    Qel32f mean;
+    HWY_INLINE Qel32f operator()(Qel32f x) const { return x - mean; }
+    template <class V>
+    HWY_INLINE V operator()(V x) const {
+        return hn::Sub(x, hn::Set(hn::DFromV<V>(), mean));
+    }
+};
+
+// Reads the rows of `samples` from row y on. Block r of a vector holds pixels of row `first` + r * `spacing` of them.
+template <class D, int kChannels, bool kMasked, class Op>
+class Reader {
+public:
+    using V = hn::Vec<D>;
+    using Row = hn::CappedTag<Qel32f, HWY_MIN(hn::MaxLanes(D()), 8)>;  // pixels of one row
+
+    Reader(const Samples<Qel32f>& samples, int y, const Op& op, const ChannelPicker<Row>& pick)
+        : samples_(samples.rows(y, samples.roiSize.height - y)), op_(op), pick_(pick) {}
+
+    // Eight pixels of each row from x on.
+    HWY_INLINE auto eight(size_t x, int first, int spacing) const { return eight(D(), x, first, spacing); }
+
+    // Pixel x of each row, in the first lane of its block.
+    HWY_INLINE V one(size_t x, int first, int spacing) const {
+        return fromBlocks<4>(D(), [&](int r) HWY_ATTR {
+            const int y = first + r * spacing;
+            const bool taken = !kMasked || maskRow(y)[x] != 0;
+            const Qel32f value = taken ? op_(srcRow(y)[kChannels == 1 ? x : 3 * x + size_t(samples_.coi) - 1]) : 0;
+            return hn::IfThenElseZero(hn::FirstN(D4(), 1), hn::Set(D4(), value));
+        });
+    }
+
+private:
+    HWY_INLINE const Qel32f* srcRow(int y) const { return row(samples_.pSrc, samples_.srcStep, y); }
+    HWY_INLINE const Qel8u* maskRow(int y) const { return row(samples_.pMask, samples_.maskStep, y); }
+
+    // As many pixels of row y as there are lanes.
+    HWY_INLINE hn::Vec<Row> pixels(size_t x, int y) const {
+        const Row d;
+        hn::Vec<Row> v;
+        if constexpr (kChannels == 1) {
+            v = op_(hn::LoadU(d, srcRow(y) + x));
+        } else {
+            v = op_(pick_.load(srcRow(y) + 3 * x));
+        }
+        if constexpr (!kMasked) return v;
+        const hn::RebindToUnsigned<Row> d32;
+        const auto mask = hn::PromoteTo(d32, hn::LoadU(hn::Rebind<uint8_t, Row>(), maskRow(y) + x));
+        return hn::IfThenZeroElse(hn::RebindMask(d, hn::Eq(mask, hn::Zero(d32))), v);
+    }
+
+    template <class DB>
+    HWY_INLINE auto eight(DB d, size_t x, int first, int spacing) const {
+        struct Both {
+            hn::Vec<DB> low, high;
+        };
+        if constexpr (hn::MaxLanes(DB()) == 4) {
+            return Both{pixels(x, first), pixels(x + 4, first)};
+        } else if constexpr (hn::MaxLanes(DB()) == 8) {
+            const auto a = pixels(x, first);
+            const auto b = pixels(x, first + spacing);
+            return Both{hn::ConcatLowerLower(d, b, a), hn::ConcatUpperUpper(d, b, a)};
+        } else {
+            const hn::Half<DB> half;
+            const auto a = eight(half, x, first, spacing);
+            const auto b = eight(half, x, first + int(hn::MaxLanes(half) / 4) * spacing, spacing);
+            return Both{hn::Combine(d, b.low, a.low), hn::Combine(d, b.high, a.high)};
+        }
+    }
+
+    const Samples<Qel32f> samples_;
+    const Op op_;
+    const ChannelPicker<Row> pick_;
+};
+
+// The sums of chains, four lanes for each.
+template <class D, size_t kVectors>
+struct Lanes {
+    hn::Vec<D> sum[kVectors], squares[kVectors];
+
+    HWY_INLINE Lanes() {
+#pragma GCC unroll 2
+        for (size_t v = 0; v < kVectors; ++v) sum[v] = squares[v] = hn::Zero(D());
+    }
+    HWY_INLINE void add(size_t v, hn::Vec<D> x) {
+        sum[v] = hn::Add(sum[v], x);
+        squares[v] = hn::Add(squares[v], hn::Mul(x, x));
+    }
+};
+
+// Adds the first chains of kRows rows: as many as fit into kVectors vectors of lanes.
+template <int kRows, class R, class D, size_t kVectors>
+HWY_INLINE void addChains(const R& reader, size_t width, Lanes<D, kVectors>& lanes) {
+    constexpr int kVectorRows = hn::MaxLanes(D()) / 4 * kRows;
+    size_t x = 0;
+    for (; x + 8 <= width; x += 8) {
+#pragma GCC unroll 2
+        for (int y = 0; y < kRows; ++y) {
+#pragma GCC unroll 2
+            for (size_t v = 0; v < kVectors; ++v) {
+                const auto pixels = reader.eight(x, int(v) * kVectorRows + y, kRows);
+                lanes.add(v, pixels.low);
+                lanes.add(v, pixels.high);
+            }
+        }
+    }
+    for (; x < width; ++x) {
+#pragma GCC unroll 2
+        for (int y = 0; y < kRows; ++y) {
+#pragma GCC unroll 2
+            for (size_t v = 0; v < kVectors; ++v) lanes.add(v, reader.one(x, int(v) * kVectorRows + y, kRows));
+        }
+    }
+}
+
+struct Total {
+    V2 sum, squares;
+    PixelCount pixels;
+
+    HWY_INLINE Total() : sum(hn::Zero(D2())), squares(hn::Zero(D2())) {}
+};
+
+HWY_INLINE Qel64f addLanes(V2 v) { return hn::GetLane(v) + hn::GetLane(hn::Reverse2(D2(), v)); }
+
+// For each chain, in order: lanes 2 and 3 are added to lanes 0 and 1 in single precision, then both sums are widened
+// and added to the two of the total.
+template <class D, size_t kVectors>
+HWY_INLINE void foldInto(V2& total, const hn::Vec<D> (&lanes)[kVectors], D d) {
+    constexpr size_t kLanes = hn::MaxLanes(d);
+    alignas(64) Qel32f sums[kVectors * kLanes];
+#pragma GCC unroll 2
+    for (size_t v = 0; v < kVectors; ++v) hn::Store(hn::Add(lanes[v], hn::Shuffle1032(lanes[v])), d, sums + v * kLanes);
+    for (size_t i = 0; i < kVectors * kLanes; i += 4)
+        total = hn::Add(total, hn::PromoteTo(D2(), hn::Load(hn::Half<D4>(), sums + i)));
+}
+
+template <bool kMasked>
+HWY_INLINE void countRows(const Samples<Qel32f>& samples, int y, int end, PixelCount* pPixels) {
+    for (; kMasked && y < end; ++y)
+        pPixels->addRow(row(samples.pMask, samples.maskStep, y), static_cast<size_t>(samples.roiSize.width));
+}
+
+template <bool kMasked>
+HWY_INLINE int64_t countOf(const Samples<Qel32f>& samples, const PixelCount& pixels) {
+    return kMasked ? pixels.get() : int64_t{samples.roiSize.width} * samples.roiSize.height;
+}
+
+// Folds each chain, from row y on; returns the first row of those too few for kVectors vectors of D.
+template <int kRows, size_t kVectors, class D, int kChannels, bool kMasked, class Op>
+HWY_INLINE int foldChains(const Samples<Qel32f>& samples, int y, const Op& op, Total* pTotal) {
+    constexpr int kStep = static_cast<int>(kVectors * hn::MaxLanes(D()) / 4 * kRows);
+    using R = Reader<D, kChannels, kMasked, Op>;
+    const ChannelPicker<typename R::Row> pick(samples.coi);
+    for (; samples.roiSize.height - y >= kStep; y += kStep) {
+        const R reader(samples, y, op, pick);
+        Lanes<D, kVectors> lanes;
+        addChains<kRows>(reader, static_cast<size_t>(samples.roiSize.width), lanes);
+        if (Op::kWantsSum) foldInto(pTotal->sum, lanes.sum, D());
+        foldInto(pTotal->squares, lanes.squares, D());
+        countRows<kMasked>(samples, y, y + kStep, &pTotal->pixels);
+    }
+    return y;
+}
+
+// Chains of kRows rows; a last odd row is a chain by itself.
+template <int kRows, int kChannels, bool kMasked, class Op>
+HWY_INLINE Total sumChains(const Samples<Qel32f>& samples, const Op& op) {
+    Total total;
+    int y = foldChains<kRows, 2, Wide, kChannels, kMasked>(samples, 0, op, &total);
+    y = foldChains<kRows, 1, D4, kChannels, kMasked>(samples, y, op, &total);
+    if (kRows > 1) foldChains<1, 1, D4, kChannels, kMasked>(samples, y, op, &total);
+    return total;
+}
+
+// The whole region as one chain, whose lanes are left to the caller to fold.
+template <int kRows, int kChannels, bool kMasked>
+HWY_INLINE void sumSerially(const Samples<Qel32f>& samples, Lanes<D4, 1>& lanes, PixelCount* pPixels) {
+    using R = Reader<D4, kChannels, kMasked, Itself>;
+    const ChannelPicker<D4> pick(samples.coi);
+    const QelSize roi = samples.roiSize;
+    int y = 0;
+    for (; roi.height - y >= kRows; y += kRows) {
+        addChains<kRows>(R(samples, y, Itself(), pick), static_cast<size_t>(roi.width), lanes);
+        countRows<kMasked>(samples, y, y + kRows, pPixels);
+    }
+    if (kRows == 1 || y == roi.height) return;
+    addChains<1>(R(samples, y, Itself(), pick), static_cast<size_t>(roi.width), lanes);
+    countRows<kMasked>(samples, y, roi.height, pPixels);
+}
+
+// Folded after each chain of kRows rows.
+template <int kRows, int kChannels, bool kMasked>
+void sumSquares(const Samples<Qel32f>& samples, Sums* pSums) {
+    const Total total = sumChains<kRows, kChannels, kMasked>(samples, Itself());
+    pSums->sum = addLanes(total.sum);
+    pSums->squares = addLanes(total.squares);
+    pSums->count = countOf<kMasked>(samples, total.pixels);
+}
+
+// Two rows at once, folded at the end.
+template <int kChannels>
+void sumSquaresSmall(const Samples<Qel32f>& samples, Sums* pSums) {
+    Lanes<D4, 1> lanes;
+    Total total;
+    sumSerially<2, kChannels, false>(samples, lanes, &total.pixels);
+    foldInto(total.sum, lanes.sum, D4());
+    foldInto(total.squares, lanes.squares, D4());
+    pSums->sum = addLanes(total.sum);
+    pSums->squares = addLanes(total.squares);
+    pSums->count = countOf<false>(samples, total.pixels);
+}
+
+// The four lanes are widened first and then added.
+void sumMasked(const Samples<Qel32f>& samples, Sums* pSums) {
+    Lanes<D4, 1> lanes;
+    PixelCount pixels;
+    sumSerially<1, 1, true>(samples, lanes, &pixels);
+    const hn::Half<D4> half;
+    const V2 low = hn::PromoteTo(D2(), hn::LowerHalf(half, lanes.sum[0]));
+    const V2 high = hn::PromoteTo(D2(), hn::UpperHalf(half, lanes.sum[0]));
+    pSums->sum = addLanes(hn::Add(low, high));
+    pSums->count = pixels.get();
+}
+
+// Each sample that is taken is widened and added to one sum, in the order of the pixels. They are gathered first: the
+// additions wait for one another, so the fewer the better.
+void sumChannelMasked(const Samples<Qel32f>& samples, Sums* pSums) {
+    constexpr size_t kTogether = 64;
+    const Wide d;
+    const hn::RebindToUnsigned<Wide> d32;
+    const size_t N = hn::Lanes(d);
+    const ChannelPicker<Wide> pick(samples.coi);
+    const size_t width = static_cast<size_t>(samples.roiSize.width);
+    Qel32f gathered[kTogether + 2 * hn::MaxLanes(d)];
+    size_t waiting = 0;
+    Qel64f sum = 0;
+    int64_t count = 0;
+    for (int y = 0; y < samples.roiSize.height; ++y) {
+        const Qel32f* p = row(samples.pSrc, samples.srcStep, y);
+        const Qel8u* mask = row(samples.pMask, samples.maskStep, y);
+        for (size_t x = 0; x < width;) {
+            if (width - x >= N) {
+                const auto v = pick.load(p + 3 * x);
+                const auto m = hn::PromoteTo(d32, hn::LoadU(hn::Rebind<uint8_t, Wide>(), mask + x));
+                const auto taken = hn::RebindMask(d, hn::Ne(m, hn::Zero(d32)));
+                hn::StoreU(hn::Compress(v, taken), d, gathered + waiting);
+                waiting += hn::CountTrue(d, taken);
+                x += N;
+            } else {
+                gathered[waiting] = p[3 * x + static_cast<size_t>(samples.coi) - 1];
+                waiting += mask[x++] != 0;
+            }
+            if (waiting >= kTogether) {
+                for (size_t i = 0; i < kTogether; ++i) sum += static_cast<Qel64f>(gathered[i]);
+                count += kTogether;
+                waiting -= kTogether;
+                hn::StoreU(hn::LoadU(d, gathered + kTogether), d, gathered);
+            }
+        }
+    }
+    for (size_t i = 0; i < waiting; ++i) sum += static_cast<Qel64f>(gathered[i]);
+    pSums->sum = sum;
+    pSums->count = count + static_cast<int64_t>(waiting);
+}
+
+template <int kChannels, bool kMasked>
+void sumDistances(const Samples<Qel32f>& samples, Qel32f mean, Qel64f* pSum) {
+    *pSum = addLanes(sumChains<1, kChannels, kMasked>(samples, DistanceFrom{mean}).squares);
+}
+
+}  // namespace
+
+constexpr auto& ownSum_32f_C1MR_W7 = sumMasked;
+constexpr auto& ownSum_32f_C3CMR_W7 = sumChannelMasked;
+constexpr auto& ownSumSq_32f_C1R_W7 = sumSquares<2, 1, false>;
+constexpr auto& ownSumSq_32f_C1R_W7_Al = sumSquares<1, 1, false>;
+constexpr auto& ownSumSq_32f_C1R_smallsize_W7 = sumSquaresSmall<1>;
+constexpr auto& ownSumSq_32f_C3CR_W7 = sumSquares<2, 3, false>;
+constexpr auto& ownSumSq_32f_C3CR_W7_Al = sumSquares<1, 3, false>;
+constexpr auto& ownSumSq_32f_C3CR_smallsize_W7 = sumSquaresSmall<3>;
+constexpr auto& ownSumSq_32f_C1MR_W7 = sumSquares<1, 1, true>;
+constexpr auto& ownSumSq_32f_C3CMR_W7 = sumSquares<1, 3, true>;
+
+constexpr auto& ownSq_32f_C1R_W7 = sumDistances<1, false>;
+constexpr auto& ownSq_32f_C3CR_W7 = sumDistances<3, false>;
+constexpr auto& ownSq_32f_C1MR_W7 = sumDistances<1, true>;
+constexpr auto& ownSq_32f_C3CMR_W7 = sumDistances<3, true>;
+
+}  // namespace HWY_NAMESPACE
+}  // namespace qel
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace qel {
+QEL_KERNEL(ownSum_32f_C1MR_W7);
+QEL_KERNEL(ownSum_32f_C3CMR_W7);
+QEL_KERNEL(ownSumSq_32f_C1R_W7);
+QEL_KERNEL(ownSumSq_32f_C1R_W7_Al);
+QEL_KERNEL(ownSumSq_32f_C1R_smallsize_W7);
+QEL_KERNEL(ownSumSq_32f_C3CR_W7);
+QEL_KERNEL(ownSumSq_32f_C3CR_W7_Al);
+QEL_KERNEL(ownSumSq_32f_C3CR_smallsize_W7);
+QEL_KERNEL(ownSumSq_32f_C1MR_W7);
+QEL_KERNEL(ownSumSq_32f_C3CMR_W7);
+QEL_KERNEL(ownSq_32f_C1R_W7);
+QEL_KERNEL(ownSq_32f_C3CR_W7);
+QEL_KERNEL(ownSq_32f_C1MR_W7);
+QEL_KERNEL(ownSq_32f_C3CMR_W7);
+}  // namespace qel
+#endif

@@ -1,0 +1,278 @@
+#include "stats/mean_kernels.h"
+
+#include <cstring>
+
+#include "frame/image.h"
+
+#define HWY_TARGET_INCLUDE "stats/mean_kernels.cpp"
+#include "frame/channel-inl.h"
+#include "frame/simd-inl.h"
+#include "stats/mean_count-inl.h"
+
+// Sums of integers are exact, so their order is free. A sample x enters as x - kBias, which makes unsigned bytes of 8s
+// and signed words of 16u; what the bias adds is known from the count and comes off at the end.
+HWY_BEFORE_NAMESPACE();
+namespace qel {
+namespace HWY_NAMESPACE {
+namespace {
+
+using D64 = hn::ScalableTag<uint64_t>;
+using V64 = hn::Vec<D64>;
+
+using D32 = hn::Repartition<int32_t, D64>;
+using V32 = hn::Vec<D32>;
+
+// 64-bit sums of unsigned 32-bit numbers. The two accumulators do not wait for each other.
+struct WideSum {
+    V64 low, high;
+
+    HWY_INLINE WideSum() : low(hn::Zero(D64())), high(low) {}
+    HWY_INLINE void add(V32 x) {
+        const V64 pairs = hn::BitCast(D64(), x);
+        low = hn::Add(low, hn::And(pairs, hn::Set(D64(), 0xFFFFFFFF)));
+        high = hn::Add(high, hn::ShiftRight<32>(pairs));
+    }
+    HWY_INLINE V64 get() const { return hn::Add(low, high); }
+};
+
+HWY_INLINE int64_t addLanes(V64 v) { return static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(D64(), v))); }
+
+// Vectors that are added between two calls of endChunk(), at most.
+constexpr size_t kChunkVectors = 4096;
+
+// 8u, and 8s with its sign bit flipped.
+template <bool kSquares, int kSampleBias>
+class ByteSums {
+public:
+    using Sample = uint8_t;
+    using D = hn::ScalableTag<uint8_t>;
+    using V = hn::Vec<D>;
+    static constexpr int64_t kBias = kSampleBias;
+
+    HWY_INLINE ByteSums() : sum_(hn::Zero(D64())), even_(hn::Zero(D32())), odd_(even_), unused_(even_) {}
+
+    static HWY_INLINE V biased(V x) { return kBias == 0 ? x : hn::Xor(x, hn::Set(D(), 0x80)); }
+
+    HWY_INLINE void add(V x) {
+        sum_ = hn::Add(sum_, hn::SumsOf8(x));
+        if constexpr (kSquares) {
+            const hn::Repartition<int16_t, D> d16;
+            const hn::Repartition<uint16_t, D> du16;
+            const auto even = hn::BitCast(d16, hn::And(x, hn::BitCast(D(), hn::Set(du16, 0x00FF))));
+            const auto odd = hn::BitCast(d16, hn::ShiftRight<8>(hn::BitCast(du16, x)));
+            even_ = hn::ReorderWidenMulAccumulate(D32(), even, even, even_, unused_);
+            odd_ = hn::ReorderWidenMulAccumulate(D32(), odd, odd, odd_, unused_);
+        }
+    }
+
+    HWY_INLINE void endChunk() {
+        if constexpr (kSquares) {
+            static_assert((kChunkVectors + 1) * 4 * 255 * 255 < 0x80000000u, "the lanes of a chunk cannot overflow");
+            squares_.add(hn::Add(even_, odd_));
+            even_ = odd_ = hn::Zero(D32());
+        }
+    }
+
+    int64_t sum() const { return addLanes(sum_); }
+    int64_t squares() const { return addLanes(squares_.get()); }
+
+private:
+    V64 sum_;
+    WideSum squares_;
+    V32 even_, odd_, unused_;  // sums of squares of the chunk
+};
+
+// 16u as signed words.
+template <bool kSquares>
+class WordSums {
+public:
+    using Sample = uint16_t;
+    using D = hn::ScalableTag<uint16_t>;
+    using V = hn::Vec<D>;
+    static constexpr int64_t kBias = 0x8000;
+
+    HWY_INLINE WordSums() : sum_(hn::Zero(D64())), chunkSum_(hn::Zero(D32())), unused_(chunkSum_) {}
+
+    static HWY_INLINE V biased(V x) { return hn::Xor(x, hn::Set(D(), 0x8000)); }
+
+    HWY_INLINE void add(V x) {
+        const hn::Repartition<int16_t, D> d16;
+        const auto y = hn::BitCast(d16, x);
+        chunkSum_ = hn::ReorderWidenMulAccumulate(D32(), y, hn::Set(d16, 1), chunkSum_, unused_);
+        // Two squares of -32768 make 2 to the 31: right as an unsigned number.
+        if constexpr (kSquares) squares_.add(hn::ReorderWidenMulAccumulate(D32(), y, y, hn::Zero(D32()), unused_));
+    }
+
+    HWY_INLINE void endChunk() {
+        static_assert((kChunkVectors + 1) * 2 * 0x8000 < 0x80000000u, "the lanes of a chunk cannot overflow");
+        const hn::Repartition<int64_t, D> d64;
+        const hn::Half<D32> half;
+        const auto low = hn::PromoteTo(d64, hn::LowerHalf(half, chunkSum_));
+        const auto high = hn::PromoteTo(d64, hn::UpperHalf(half, chunkSum_));
+        sum_ = hn::Add(sum_, hn::BitCast(D64(), hn::Add(low, high)));
+        chunkSum_ = hn::Zero(D32());
+    }
+
+    int64_t sum() const { return addLanes(sum_); }
+    int64_t squares() const { return addLanes(squares_.get()); }
+
+private:
+    V64 sum_;
+    WideSum squares_;
+    V32 chunkSum_, unused_;
+};
+
+// A vector of biased samples, zero where the mask is.
+template <class Total, int kChannels, bool kMasked>
+class Loader {
+public:
+    using D = typename Total::D;
+    using V = hn::Vec<D>;
+    using Sample = typename Total::Sample;
+
+    explicit Loader(int coi) : pick_(coi) {}
+
+    HWY_INLINE V operator()(const Sample* p, const Qel8u* mask) const {
+        const D d;
+        V x;
+        if constexpr (kChannels == 1) {
+            x = Total::biased(hn::LoadU(d, p));
+        } else {
+            x = Total::biased(pick_.load(p));
+        }
+        if constexpr (!kMasked) return x;
+        const hn::Rebind<uint8_t, D> d8;
+        const auto m = hn::LoadU(d8, mask);
+        if constexpr (sizeof(Sample) == 1) {
+            return hn::IfThenZeroElse(hn::Eq(m, hn::Zero(d)), x);
+        } else {
+            return hn::IfThenZeroElse(hn::Eq(hn::PromoteTo(d, m), hn::Zero(d)), x);
+        }
+    }
+
+private:
+    ChannelPicker<D> pick_;
+};
+
+template <class Total, int kChannels, bool kMasked>
+HWY_INLINE void addRow(const typename Total::Sample* p, const Qel8u* mask, size_t width,
+                       const Loader<Total, kChannels, kMasked>& load, Total& total) {
+    using Sample = typename Total::Sample;
+    const typename Total::D d;
+    const size_t N = hn::Lanes(d);
+    const auto loadAt = [&](size_t x) HWY_ATTR { return load(p + x * kChannels, kMasked ? mask + x : nullptr); };
+
+    size_t x = 0;
+    while (width - x >= N) {
+        const size_t end = x + HWY_MIN((width - x) / N, kChunkVectors) * N;
+        for (; x < end; x += N) total.add(loadAt(x));
+        if (width - x >= N) total.endChunk();
+    }
+    const size_t left = width - x;
+    if (left > 0 && width >= N) {
+        // The row's last vector; what of it has been added counts no more.
+        total.add(hn::IfThenZeroElse(hn::FirstN(d, N - left), loadAt(width - N)));
+    } else if (left > 0) {
+        alignas(64) Sample samples[hn::MaxLanes(d) * kChannels] = {};
+        alignas(64) Qel8u counts[hn::MaxLanes(d)] = {};
+        std::memcpy(samples, p, left * kChannels * sizeof(Sample));
+        if (kMasked) std::memcpy(counts, mask, left);
+        total.add(hn::IfThenElseZero(hn::FirstN(d, left), load(samples, counts)));
+    }
+    total.endChunk();
+}
+
+// Adds the sums of a band in which no 64-bit integer can overflow.
+template <class T, class Total, int kChannels, bool kMasked>
+HWY_INLINE void addBand(const Samples<T>& samples, Sums* pSums) {
+    using Sample = typename Total::Sample;
+    const Loader<Total, kChannels, kMasked> load(samples.coi);
+    size_t width = static_cast<size_t>(samples.roiSize.width);
+    int rows = samples.roiSize.height;
+    const bool packed = static_cast<size_t>(samples.srcStep) == width * kChannels * sizeof(Sample) &&
+                        (!kMasked || static_cast<size_t>(samples.maskStep) == width);
+    if (packed) {  // one long row
+        width *= static_cast<size_t>(rows);
+        rows = 1;
+    }
+    Total total;
+    PixelCount pixels;
+    for (int y = 0; y < rows; ++y) {
+        const Qel8u* mask = kMasked ? row(samples.pMask, samples.maskStep, y) : nullptr;
+        addRow(reinterpret_cast<const Sample*>(row(samples.pSrc, samples.srcStep, y)), mask, width, load, total);
+        if (kMasked) pixels.addRow(mask, width);
+    }
+    constexpr int64_t b = Total::kBias;
+    const int64_t count = kMasked ? pixels.get() : static_cast<int64_t>(width) * rows;
+    const int64_t sum = total.sum();
+    pSums->sum += static_cast<Qel64f>(sum + b * count);
+    pSums->squares += static_cast<Qel64f>(total.squares() + 2 * b * sum + b * b * count);
+    pSums->count += count;
+}
+
+template <class T, class Total, int kChannels, bool kMasked>
+void sumRows(const Samples<T>& samples, Sums* pSums) {
+    constexpr int64_t kBandPixels = int64_t{1} << 31;  // times the largest square, 2 to the 32: fits an int64_t
+    const QelSize roi = samples.roiSize;
+    const int bandRows = static_cast<int>(HWY_MIN(kBandPixels / roi.width, int64_t{roi.height}));
+    *pSums = Sums();
+    for (int y = 0, rows; y < roi.height; y += rows) {
+        rows = HWY_MIN(bandRows, roi.height - y);
+        addBand<T, Total, kChannels, kMasked>(samples.rows(y, rows), pSums);
+    }
+}
+
+template <bool kSquares>
+using Sums8u = ByteSums<kSquares, 0>;
+template <bool kSquares>
+using Sums8s = ByteSums<kSquares, -128>;
+
+}  // namespace
+
+constexpr auto& ownSum_8u_C1MR_W7 = sumRows<Qel8u, Sums8u<false>, 1, true>;
+constexpr auto& ownSum_8u_C3CMR_W7 = sumRows<Qel8u, Sums8u<false>, 3, true>;
+constexpr auto& ownSumSq_8u_C1R_W7 = sumRows<Qel8u, Sums8u<true>, 1, false>;
+constexpr auto& ownSumSq_8u_C3CR_W7 = sumRows<Qel8u, Sums8u<true>, 3, false>;
+constexpr auto& ownSumSq_8u_C1MR_W7 = sumRows<Qel8u, Sums8u<true>, 1, true>;
+constexpr auto& ownSumSq_8u_C3CMR_W7 = sumRows<Qel8u, Sums8u<true>, 3, true>;
+
+constexpr auto& ownSum_8s_C1MR_W7 = sumRows<Qel8s, Sums8s<false>, 1, true>;
+constexpr auto& ownSum_8s_C3CMR_W7 = sumRows<Qel8s, Sums8s<false>, 3, true>;
+constexpr auto& ownSumSq_8s_C1R_W7 = sumRows<Qel8s, Sums8s<true>, 1, false>;
+constexpr auto& ownSumSq_8s_C3CR_W7 = sumRows<Qel8s, Sums8s<true>, 3, false>;
+constexpr auto& ownSumSq_8s_C1MR_W7 = sumRows<Qel8s, Sums8s<true>, 1, true>;
+constexpr auto& ownSumSq_8s_C3CMR_W7 = sumRows<Qel8s, Sums8s<true>, 3, true>;
+
+constexpr auto& ownSum_16u_C1MR_W7 = sumRows<Qel16u, WordSums<false>, 1, true>;
+constexpr auto& ownSum_16u_C3CMR_W7 = sumRows<Qel16u, WordSums<false>, 3, true>;
+constexpr auto& ownSumSq_16u_C1R_W7 = sumRows<Qel16u, WordSums<true>, 1, false>;
+constexpr auto& ownSumSq_16u_C3CR_W7 = sumRows<Qel16u, WordSums<true>, 3, false>;
+constexpr auto& ownSumSq_16u_C1MR_W7 = sumRows<Qel16u, WordSums<true>, 1, true>;
+constexpr auto& ownSumSq_16u_C3CMR_W7 = sumRows<Qel16u, WordSums<true>, 3, true>;
+
+}  // namespace HWY_NAMESPACE
+}  // namespace qel
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace qel {
+QEL_KERNEL(ownSum_8u_C1MR_W7);
+QEL_KERNEL(ownSum_8u_C3CMR_W7);
+QEL_KERNEL(ownSumSq_8u_C1R_W7);
+QEL_KERNEL(ownSumSq_8u_C3CR_W7);
+QEL_KERNEL(ownSumSq_8u_C1MR_W7);
+QEL_KERNEL(ownSumSq_8u_C3CMR_W7);
+QEL_KERNEL(ownSum_8s_C1MR_W7);
+QEL_KERNEL(ownSum_8s_C3CMR_W7);
+QEL_KERNEL(ownSumSq_8s_C1R_W7);
+QEL_KERNEL(ownSumSq_8s_C3CR_W7);
+QEL_KERNEL(ownSumSq_8s_C1MR_W7);
+QEL_KERNEL(ownSumSq_8s_C3CMR_W7);
+QEL_KERNEL(ownSum_16u_C1MR_W7);
+QEL_KERNEL(ownSum_16u_C3CMR_W7);
+QEL_KERNEL(ownSumSq_16u_C1R_W7);
+QEL_KERNEL(ownSumSq_16u_C3CR_W7);
+QEL_KERNEL(ownSumSq_16u_C1MR_W7);
+QEL_KERNEL(ownSumSq_16u_C3CMR_W7);
+}  // namespace qel
+#endif
