@@ -92,6 +92,13 @@ public:
         return *this;
     }
 
+    // As fault, but tested ahead of the steps.
+    template <size_t I>
+    Checks& faultAheadOfSteps(std::string text, qelStatus status, Arg<I> bad) {
+        earlyFaults_.push_back({std::move(text), status, I, [bad](Args& args) { std::get<I>(args) = bad; }});
+        return *this;
+    }
+
     // A fault of the family: argument I is `bad`. Tested after the steps, in the order of these calls.
     template <size_t I>
     Checks& fault(std::string text, qelStatus status, Arg<I> bad) {
@@ -195,6 +202,7 @@ private:
     void listFaults(std::vector<Fault>& faults, std::index_sequence<I...>) {
         (listNull<I>(faults), ...);
         (listSizes<I>(faults), ...);
+        faults.insert(faults.end(), earlyFaults_.begin(), earlyFaults_.end());
         if (stepOrder_.empty()) {
             for (const bool alignment : {false, true})
                 for (const size_t step : indicesOfSteps()) stepOrder_.push_back({step, alignment});
@@ -257,6 +265,7 @@ private:
     Args good_{};
     std::vector<ArgInfo> args_;
     std::vector<StepTest> stepOrder_;
+    std::vector<Fault> earlyFaults_;
     std::vector<Fault> familyFaults_;
 };
 
