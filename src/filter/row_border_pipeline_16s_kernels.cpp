@@ -25,46 +25,64 @@ HWY_INLINE hn::Vec<D> times(D d, Samples<D> sample, float k) {
     return hn::Mul(hn::ConvertTo(d, sample), hn::Set(d, k));
 }
 
-// The orders of summation. Each is a documented result.
+template <int kTaps>
+using FloatKernel = Coefficients<kTaps, float>;
+
+// The orders of summation. Each is a documented result. They give n vectors of sums at once.
 template <int kSize>
 struct InTapOrder {
-    template <class D>
-    static HWY_INLINE hn::Vec<D> sum(D d, const Qel16s* s, int channels, const float* k, int kernelSize) {
-        hn::Vec<D> sum = times(d, samples(d, s), k[0]);
-        const int taps = kSize == 0 ? kernelSize : kSize;
+    static constexpr size_t kVectors = kSize == 0 ? 4 : 1;
+
+    template <size_t n, class D>
+    static HWY_INLINE void sums(Vectors<n> vectors, D d, const Qel16s* s, int channels, const FloatKernel<kSize>& k,
+                                hn::Vec<D>* sum) {
+        const auto product = [&](int i, size_t v, auto coefficient) HWY_ATTR {
+            return hn::Mul(hn::ConvertTo(d, samples(d, s + i * channels + v * hn::Lanes(d))), coefficient);
+        };
+        const auto first = hn::Set(d, k[0]);
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = product(0, v, first); });
+        const int taps = k.size();
 #pragma GCC unroll 4
-        for (int i = 1; i < taps; ++i)
-            sum = hn::Add(sum, times(d, samples(d, s + i * channels), k[i]));
-        return sum;
+        for (int i = 1; i < taps; ++i) {
+            const auto a = hn::Set(d, k[i]);
+            forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Add(sum[v], product(i, v, a)); });
+        }
     }
 };
 
 // From the outside in.
 template <int kSize>
 struct Inwards {
+    static constexpr size_t kVectors = 1;
+
     template <class D>
-    static HWY_INLINE hn::Vec<D> sum(D d, const Qel16s* s, int channels, const float* k, int) {
-        const auto term = [=](int i) HWY_ATTR { return times(d, samples(d, s + i * channels), k[i]); };
-        const auto outer = hn::Add(term(0), term(kSize - 1));
-        if constexpr (kSize == 3) return hn::Add(outer, term(1));
-        return hn::Add(hn::Add(outer, hn::Add(term(1), term(3))), term(2));
+    static HWY_INLINE void sums(Vectors<1>, D d, const Qel16s* s, int channels, const FloatKernel<kSize>& k,
+                                hn::Vec<D>* sum) {
+        const auto term = [&](int i) HWY_ATTR { return times(d, samples(d, s + i * channels), k[i]); };
+        *sum = hn::Add(term(0), term(kSize - 1));
+        if constexpr (kSize == 5) *sum = hn::Add(*sum, hn::Add(term(1), term(3)));
+        *sum = hn::Add(*sum, term(kSize / 2));
     }
 };
 
 // As Inwards for symmetric kernels: what has the same coefficient is added first.
 template <int kSize>
 struct Folded {
+    static constexpr size_t kVectors = 1;
+
     template <class D>
-    static HWY_INLINE hn::Vec<D> sum(D d, const Qel16s* s, int channels, const float* k, int) {
-        const auto sample = [=](int i) HWY_ATTR { return samples(d, s + i * channels); };
-        const auto outer = times(d, hn::Add(sample(0), sample(kSize - 1)), k[0]);
-        if constexpr (kSize == 3) return hn::Add(outer, times(d, sample(1), k[1]));
-        const auto inner = times(d, hn::Add(sample(1), sample(3)), k[1]);
-        return hn::Add(hn::Add(outer, inner), times(d, sample(2), k[2]));
+    static HWY_INLINE void sums(Vectors<1>, D d, const Qel16s* s, int channels, const FloatKernel<kSize>& k,
+                                hn::Vec<D>* sum) {
+        const auto pair = [&](int i, int j) HWY_ATTR {
+            return times(d, hn::Add(samples(d, s + i * channels), samples(d, s + j * channels)), k[i]);
+        };
+        *sum = pair(0, kSize - 1);
+        if constexpr (kSize == 5) *sum = hn::Add(*sum, pair(1, 3));
+        *sum = hn::Add(*sum, times(d, samples(d, s + kSize / 2 * channels), k[kSize / 2]));
     }
 };
 
-template <class D, class V = hn::Vec<D>, class VI>
+template <class D, class VI>
 HWY_INLINE void store16s(D, VI v, Qel16s* out) {
     const hn::Rebind<Qel16s, D> d16;
     hn::StoreU(hn::DemoteTo(d16, v), d16, out);
@@ -86,25 +104,31 @@ struct NearestOrLowest {
     }
 };
 
-template <class Order, class Rounding, class D>
-HWY_INLINE void storeResults(D d, const Qel16s* s, int channels, const float* k, int kernelSize, Qel16s* out) {
-    store16s(d, Rounding::round(d, Order::sum(d, s, channels, k, kernelSize)), out);
+template <class Order, class Rounding, size_t n, class D, int kSize>
+HWY_INLINE void storeResults(Vectors<n> vectors, D d, const Qel16s* s, int channels, const FloatKernel<kSize>& k,
+                             Qel16s* out) {
+    hn::Vec<D> sums[n];
+    Order::sums(vectors, d, s, channels, k, sums);
+    forEachVector(vectors,
+                  [&](size_t v) HWY_ATTR { store16s(d, Rounding::round(d, sums[v]), out + v * hn::Lanes(d)); });
 }
 
-template <class Order, class Rounding>
-HWY_NOINLINE void fewResults(const Qel16s* s, int channels, const float* k, int kernelSize, Qel16s* out, size_t count) {
+template <class Order, class Rounding, int kSize>
+HWY_NOINLINE void fewResults(const Qel16s* s, int channels, const FloatKernel<kSize>& k, Qel16s* out, size_t count) {
     forVectors(hn::CappedTag<float, kGroup>(), count, [&](auto d, size_t x) HWY_ATTR {
-        storeResults<Order, Rounding>(d, s + x, channels, k, kernelSize, out + x);
+        storeResults<Order, Rounding>(Vectors<1>(), d, s + x, channels, k, out + x);
     });
 }
 
 // Results near the ends of a row: unscaled products, one multiplication by the reciprocal, truncation.
-HWY_NOINLINE void edgeResults(const Qel16s* s, int channels, const float* k, int kernelSize, float reciprocal,
-                              Qel16s* out, size_t count) {
+template <int kSize>
+HWY_NOINLINE void edgeResults(const Qel16s* s, int channels, const FloatKernel<kSize>& k, float reciprocal, Qel16s* out,
+                              size_t count) {
     forVectors(hn::CappedTag<float, RowStrips<Qel16s>::kGroup>(), count, [&](auto d, size_t x) HWY_ATTR {
-        const auto sum = InTapOrder<0>::sum(d, s + x, channels, k, kernelSize);
-        const auto quotient = hn::Mul(sum, hn::Set(d, reciprocal));
-        store16s(d, hn::ConvertTo(hn::RebindToSigned<decltype(d)>(), clamped16s(d, quotient)), out + x);
+        hn::Vec<decltype(d)> sum;
+        InTapOrder<kSize>::sums(Vectors<1>(), d, s + x, channels, k, &sum);
+        const auto quotient = clamped16s(d, hn::Mul(sum, hn::Set(d, reciprocal)));
+        store16s(d, hn::ConvertTo(hn::RebindToSigned<decltype(d)>(), quotient), out + x);
     });
 }
 
@@ -113,30 +137,29 @@ HWY_NOINLINE void filterRowsBy(const Qel16s* pSrc, int srcStep, Qel16s* const* p
                                const Filter& filter, void* pScratch) {
     const float reciprocal = 1.0F / static_cast<float>(filter.divisor);
     Carver carver(pScratch);
-    float* const unscaled = carver.take<float>(filter.kernelSize);
-    float own[kSize + 1];
-    float* const k = kSize == 0 ? carver.take<float>(filter.kernelSize) : own;
+    float* const plain = carver.take<float>(filter.kernelSize);
+    float* const scaled = carver.take<float>(filter.kernelSize);
     for (int i = 0; i < filter.kernelSize; ++i) {
-        unscaled[i] = filter.pKernel[i];
-        k[i] = unscaled[i] * reciprocal;
+        plain[i] = filter.pKernel[i];
+        scaled[i] = plain[i] * reciprocal;
     }
+    const FloatKernel<kSize> kEdge(plain, filter.kernelSize);
+    const FloatKernel<kSize> k(scaled, filter.kernelSize);
     forEachRow(
         pSrc, srcStep, pRowDst, size, channels, filter, carver,
         [&](const Qel16s* strip, Qel16s* out, size_t count)
-            HWY_ATTR { edgeResults(strip, channels, unscaled, filter.kernelSize, reciprocal, out, count); },
+            HWY_ATTR { edgeResults(strip, channels, kEdge, reciprocal, out, count); },
         [&](const Qel16s* src, Qel16s* out, size_t count) HWY_ATTR {
             if constexpr (!std::is_same_v<Order, Leftovers>) {
-                const size_t left = count % kGroup;
-                const size_t covered = left == 0 ? 0 : HWY_MIN(count, kGroup);
-                fewResults<Leftovers, Rounding>(src + count - covered, channels, k, filter.kernelSize,
-                                                out + count - covered, covered);
-                count -= left;
+                const Leftover left(count);
+                fewResults<Leftovers, Rounding>(src + left.begin, channels, k, out + left.begin, left.count);
+                count = left.groups;
             }
-            forOverlappingVectors(
-                hn::ScalableTag<float>(), count,
-                [&](auto d, size_t x)
-                    HWY_ATTR { storeResults<Order, Rounding>(d, src + x, channels, k, filter.kernelSize, out + x); },
-                [&]() HWY_ATTR { fewResults<Order, Rounding>(src, channels, k, filter.kernelSize, out, count); });
+            forOverlapping(
+                Vectors<Order::kVectors>(), hn::ScalableTag<float>(), out, count,
+                [&](auto d, size_t x, auto vectors)
+                    HWY_ATTR { storeResults<Order, Rounding>(vectors, d, src + x, channels, k, out + x); },
+                [&]() HWY_ATTR { fewResults<Order, Rounding>(src, channels, k, out, count); });
         });
 }
 

@@ -11,23 +11,27 @@ namespace {
 
 using Filter = RowFilter<Qel32f, Qel32f>;
 
+template <int kTaps>
+using Kernel32f = Coefficients<kTaps, Qel32f>;
+
 template <class D>
 HWY_INLINE hn::Vec<D> times(D d, const Qel32f* s, Qel32f k) {
     return hn::Mul(hn::LoadU(d, s), hn::Set(d, k));
 }
 
-// The orders of summation. Each is a documented result.
+// The orders of summation. Each is a documented result. They give n vectors of sums at once.
 template <int kSize>
 struct InTapOrder {
     static constexpr int kTaps = kSize;
+    static constexpr size_t kVectors = 1;
+
     template <class D>
-    static HWY_INLINE hn::Vec<D> sum(D d, const Qel32f* s, int channels, const Qel32f* k, int kernelSize) {
-        hn::Vec<D> sum = times(d, s, k[0]);
-        const int taps = kSize == 0 ? kernelSize : kSize;
+    static HWY_INLINE void sums(Vectors<1>, D d, const Qel32f* s, int channels, const Kernel32f<kTaps>& k,
+                                hn::Vec<D>* sum) {
+        *sum = times(d, s, k[0]);
+        const int taps = k.size();
 #pragma GCC unroll 4
-        for (int i = 1; i < taps; ++i)
-            sum = hn::Add(sum, times(d, s + i * channels, k[i]));
-        return sum;
+        for (int i = 1; i < taps; ++i) *sum = hn::Add(*sum, times(d, s + i * channels, k[i]));
     }
 };
 
@@ -35,90 +39,117 @@ struct InTapOrder {
 template <int kSize>
 struct Inwards {
     static constexpr int kTaps = kSize;
+    static constexpr size_t kVectors = 1;
+
     template <class D>
-    static HWY_INLINE hn::Vec<D> sum(D d, const Qel32f* s, int channels, const Qel32f* k, int) {
-        const auto term = [=](int i) HWY_ATTR { return times(d, s + i * channels, k[i]); };
-        const auto outer = hn::Add(term(0), term(kSize - 1));
-        if constexpr (kSize == 3) return hn::Add(outer, term(1));
-        return hn::Add(hn::Add(outer, hn::Add(term(1), term(3))), term(2));
+    static HWY_INLINE void sums(Vectors<1>, D d, const Qel32f* s, int channels, const Kernel32f<kTaps>& k,
+                                hn::Vec<D>* sum) {
+        const auto term = [&](int i) HWY_ATTR { return times(d, s + i * channels, k[i]); };
+        *sum = hn::Add(term(0), term(kSize - 1));
+        if constexpr (kSize == 5) *sum = hn::Add(*sum, hn::Add(term(1), term(3)));
+        *sum = hn::Add(*sum, term(kSize / 2));
     }
 };
 
 // Five taps of a symmetric kernel: what has the same coefficient is added first.
 struct Folded5 {
     static constexpr int kTaps = 5;
+    static constexpr size_t kVectors = 1;
+
     template <class D>
-    static HWY_INLINE hn::Vec<D> sum(D d, const Qel32f* s, int channels, const Qel32f* k, int) {
-        const auto pair = [=](int i, int j) HWY_ATTR {
+    static HWY_INLINE void sums(Vectors<1>, D d, const Qel32f* s, int channels, const Kernel32f<kTaps>& k,
+                                hn::Vec<D>* sum) {
+        const auto pair = [&](int i, int j) HWY_ATTR {
             const auto both = hn::Add(hn::LoadU(d, s + i * channels), hn::LoadU(d, s + j * channels));
             return hn::Mul(both, hn::Set(d, k[i]));
         };
-        return hn::Add(hn::Add(pair(0, 4), pair(1, 3)), times(d, s + 2 * channels, k[2]));
+        *sum = hn::Add(hn::Add(pair(0, 4), pair(1, 3)), times(d, s + 2 * channels, k[2]));
     }
 };
 
-// Groups of three taps, of which the last two are added up before they join the sum.
+// The first tap, then two that are added up before they join the sum, then one, then two, and so on.
 struct InThrees {
     static constexpr int kTaps = 0;
-    template <class D>
-    static HWY_INLINE hn::Vec<D> sum(D d, const Qel32f* s, int channels, const Qel32f* k, int kernelSize) {
-        const auto term = [=](int i) HWY_ATTR { return times(d, s + i * channels, k[i]); };
-        hn::Vec<D> sum = term(0);
+    static constexpr size_t kVectors = 4;
+
+    template <size_t n, class D>
+    static HWY_INLINE void sums(Vectors<n> vectors, D d, const Qel32f* s, int channels, const Kernel32f<kTaps>& k,
+                                hn::Vec<D>* sum) {
+        const auto product = [&](int i, size_t v, auto coefficient) HWY_ATTR {
+            return hn::Mul(hn::LoadU(d, s + i * channels + v * hn::Lanes(d)), coefficient);
+        };
+        const auto addOne = [&](int i) HWY_ATTR {
+            const auto a = hn::Set(d, k[i]);
+            forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Add(sum[v], product(i, v, a)); });
+        };
+        const auto addTwo = [&](int i) HWY_ATTR {
+            const auto a = hn::Set(d, k[i]);
+            const auto b = hn::Set(d, k[i + 1]);
+            forEachVector(vectors, [&](size_t v) HWY_ATTR {
+                sum[v] = hn::Add(sum[v], hn::Add(product(i, v, a), product(i + 1, v, b)));
+            });
+        };
+        const auto first = hn::Set(d, k[0]);
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = product(0, v, first); });
+        const int taps = k.size();
         int i = 1;
-        for (; i + 2 < kernelSize; i += 3) {
-            sum = hn::Add(sum, hn::Add(term(i), term(i + 1)));
-            sum = hn::Add(sum, term(i + 2));
+        for (; i + 2 < taps; i += 3) {
+            addTwo(i);
+            addOne(i + 2);
         }
-        if (i + 1 < kernelSize) return hn::Add(sum, hn::Add(term(i), term(i + 1)));
-        return i < kernelSize ? hn::Add(sum, term(i)) : sum;
+        if (i + 1 < taps) {
+            addTwo(i);
+        } else if (i < taps) {
+            addOne(i);
+        }
     }
 };
 
 // Results whose samples all lie in the row.
 template <class Order, bool kStreaming>
-HWY_INLINE void interiorResults(const Qel32f* src, int channels, const Qel32f* k, int kernelSize, Qel32f* out,
+HWY_INLINE void interiorResults(const Qel32f* src, int channels, const Kernel32f<Order::kTaps>& k, Qel32f* out,
                                 size_t count) {
-    const auto op = [=](auto d, size_t x, auto store)
-                        HWY_ATTR { store(Order::sum(d, src + x, channels, k, kernelSize), d, out + x); };
+    const auto op = [&]<size_t n>(auto d, size_t x, Vectors<n> vectors, auto store) HWY_ATTR {
+        hn::Vec<decltype(d)> sums[n];
+        Order::sums(vectors, d, src + x, channels, k, sums);
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { store(sums[v], d, out + x + v * hn::Lanes(d)); });
+    };
     if constexpr (kStreaming) {
-        forVectorsInto<true>(out, hn::ScalableTag<Qel32f>(), count, op);
+        forVectorsInto<true>(out, hn::ScalableTag<Qel32f>(), count,
+                             [&](auto d, size_t x, auto store) HWY_ATTR { op(d, x, Vectors<1>(), store); });
     } else {
-        const auto cached = [&](auto d, size_t x) HWY_ATTR { op(d, x, CachedStore()); };
-        forOverlappingVectors(hn::ScalableTag<Qel32f>(), count, cached,
-                              [&]() HWY_ATTR { forVectors(hn::CappedTag<Qel32f, kGroup>(), count, cached); });
+        const auto cached = [&](auto d, size_t x, auto vectors) HWY_ATTR { op(d, x, vectors, CachedStore()); };
+        const auto few = [&]() HWY_ATTR {
+            forVectors(hn::CappedTag<Qel32f, kGroup>(), count,
+                       [&](auto d, size_t x) HWY_ATTR { cached(d, x, Vectors<1>()); });
+        };
+        forOverlapping(Vectors<Order::kVectors>(), hn::ScalableTag<Qel32f>(), out, count, cached, few);
     }
 }
 
-HWY_NOINLINE void edgeResults(const Qel32f* s, int channels, const Qel32f* k, int kernelSize, Qel32f* out,
-                              size_t count) {
-    forVectors(hn::CappedTag<Qel32f, RowStrips<Qel32f>::kGroup>(), count, [&](auto d, size_t x) HWY_ATTR {
-        hn::StoreU(InTapOrder<0>::sum(d, s + x, channels, k, kernelSize), d, out + x);
-    });
+template <class Order, class D>
+HWY_INLINE void storeSum(D d, const Qel32f* s, int channels, const Kernel32f<Order::kTaps>& k, Qel32f* out) {
+    hn::Vec<D> sum;
+    Order::sums(Vectors<1>(), d, s, channels, k, &sum);
+    hn::StoreU(sum, d, out);
 }
 
-// The coefficients where the compiler can see that no store changes them.
-template <class Order>
-struct Coefficients {
-    explicit Coefficients(const Qel32f* pKernel) : pKernel_(pKernel) {
-        for (int i = 0; i < Order::kTaps; ++i) own_[i] = pKernel[i];
-    }
-    const Qel32f* get() const { return Order::kTaps == 0 ? pKernel_ : own_; }
-
-    const Qel32f* pKernel_;
-    Qel32f own_[Order::kTaps + 1];
-};
+template <int kTaps>
+HWY_NOINLINE void edgeResults(const Qel32f* s, int channels, const Kernel32f<kTaps>& k, Qel32f* out, size_t count) {
+    forVectors(hn::CappedTag<Qel32f, RowStrips<Qel32f>::kGroup>(), count,
+               [&](auto d, size_t x) HWY_ATTR { storeSum<InTapOrder<kTaps>>(d, s + x, channels, k, out + x); });
+}
 
 template <class Order, bool kStreaming>
 HWY_NOINLINE void filterRowsBy(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSize size, int channels,
                                const Filter& filter, void* pScratch) {
-    const Coefficients<Order> k(filter.pKernel);
+    const Kernel32f<Order::kTaps> k(filter.pKernel, filter.kernelSize);
     Carver carver(pScratch);
     forEachRow(
         pSrc, srcStep, pRowDst, size, channels, filter, carver,
-        [&](const Qel32f* strip, Qel32f* out, size_t count)
-            HWY_ATTR { edgeResults(strip, channels, filter.pKernel, filter.kernelSize, out, count); },
+        [&](const Qel32f* strip, Qel32f* out, size_t count) HWY_ATTR { edgeResults(strip, channels, k, out, count); },
         [&](const Qel32f* src, Qel32f* out, size_t count)
-            HWY_ATTR { interiorResults<Order, kStreaming>(src, channels, k.get(), filter.kernelSize, out, count); });
+            HWY_ATTR { interiorResults<Order, kStreaming>(src, channels, k, out, count); });
     finishStores<kStreaming>();
 }
 
@@ -141,8 +172,7 @@ void filterRows(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSize
 
 template <class Order, bool kStreaming>
 HWY_NOINLINE void interiorOfImage(const Qel32f* src, const Qel32f* k, Qel32f* out, size_t count) {
-    const Coefficients<Order> own(k);
-    interiorResults<Order, kStreaming>(src, 1, own.get(), Order::kTaps, out, count);
+    interiorResults<Order, kStreaming>(src, 1, Kernel32f<Order::kTaps>(k, Order::kTaps), out, count);
 }
 
 // A whole image by a kernel around its middle, one order for the ends of a row and all between them. The row is wide
@@ -153,6 +183,7 @@ void filterImage(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSiz
     constexpr int kReach = kTaps / 2;
     constexpr int kStrip = 3 * kReach;
     const hn::CappedTag<Qel32f, 1> one;
+    const Kernel32f<kTaps> k(filter.pKernel, kTaps);
     const int width = size.width;
     int indices[2 * kStrip];
     for (int i = 0; i < kStrip; ++i) {
@@ -168,8 +199,8 @@ void filterImage(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSiz
                         sizeof(Qel32f));
         for (int i = 0; i < kReach; ++i) {
             const Qel32f* const right = strips + kStrip + i;
-            hn::StoreU(Order::sum(one, strips + i, 1, filter.pKernel, kTaps), one, out + i);
-            hn::StoreU(Order::sum(one, right, 1, filter.pKernel, kTaps), one, out + width - kReach + i);
+            storeSum<Order>(one, strips + i, 1, k, out + i);
+            storeSum<Order>(one, right, 1, k, out + width - kReach + i);
         }
         const size_t count = size_t(width - 2 * kReach);
         filter.streaming ? interiorOfImage<Order, true>(s, filter.pKernel, out + kReach, count)

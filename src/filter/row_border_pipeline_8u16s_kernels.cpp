@@ -13,12 +13,14 @@ using Filter = RowFilter<Qel8u, Qel16s>;
 
 // How a sum becomes a result. Vectors of 32-bit sums keep their width; narrowing them saturates.
 struct Unscaled {
+    explicit Unscaled(int) {}
     template <class D, class V = hn::Vec<D>>
     HWY_INLINE V operator()(D, V sum) const {
         return sum;
     }
 };
 struct RoundedQuotient {
+    explicit RoundedQuotient(int divisor) : reciprocal(1.0F / static_cast<float>(divisor)) {}
     float reciprocal;
     template <class D, class V = hn::Vec<D>>
     HWY_INLINE V operator()(D, V sum) const {
@@ -27,6 +29,7 @@ struct RoundedQuotient {
     }
 };
 struct TruncatedQuotient {
+    explicit TruncatedQuotient(int divisor) : reciprocal(1.0F / static_cast<float>(divisor)) {}
     float reciprocal;
     template <class D, class V = hn::Vec<D>>
     HWY_INLINE V operator()(D d, V sum) const {
@@ -34,27 +37,6 @@ struct TruncatedQuotient {
         return hn::ConvertTo(d, clamped16s(df, hn::Mul(hn::ConvertTo(df, sum), hn::Set(df, reciprocal))));
     }
 };
-
-// Sums are exact, so that taps may be taken in any order. This one is for few results.
-template <class D, class Quotient>
-HWY_INLINE void storeSums(D d, const Qel8u* s, int channels, const Filter& filter, const Quotient& quotient,
-                          Qel16s* out) {
-    const hn::Rebind<Qel8u, D> d8;
-    hn::Vec<D> sum = hn::Zero(d);
-    for (int i = 0; i < filter.kernelSize; ++i) {
-        const auto sample = hn::PromoteTo(d, hn::LoadU(d8, s + i * channels));
-        sum = hn::Add(sum, hn::Mul(sample, hn::Set(d, int{filter.pKernel[i]})));
-    }
-    const hn::Rebind<Qel16s, D> d16;
-    hn::StoreU(hn::DemoteTo(d16, quotient(d, sum)), d16, out);
-}
-
-template <class Quotient>
-HWY_NOINLINE void fewSums(const Qel8u* s, int channels, const Filter& filter, const Quotient& quotient, Qel16s* out,
-                          size_t count) {
-    forVectors(hn::CappedTag<int32_t, RowStrips<Qel8u>::kGroup>(), count,
-               [&](auto d, size_t x) HWY_ATTR { storeSums(d, s + x, channels, filter, quotient, out + x); });
-}
 
 // Two samples at equal distances from the middle of a kernel may share a coefficient, or have opposite ones.
 enum class Fold { kNone, kSum, kDifference };
@@ -70,13 +52,14 @@ Fold foldOf(const Filter& filter) {
 }
 
 // A kernel as pairs of coefficients, which one instruction applies to pairs of terms. A term is a sample, or two of
-// them folded; where the number of terms is odd, the last coefficient pairs with 0.
+// them folded; where the number of terms is odd, the last coefficient pairs with 0. Sums are exact, so that taps may be
+// taken in any order.
 template <int kSize, Fold kFold>
 class PairedKernel {
 public:
     static constexpr int kMaxPairs = kSize == 0 ? 1 : (kSize + 1) / 2;
 
-    PairedKernel(const Filter& filter, Carver& carver) : size_(filter.kernelSize) {
+    PairedKernel(const Filter& filter, Carver& carver) : pKernel_(filter.pKernel), size_(filter.kernelSize) {
         pairs_ = kSize == 0 ? carver.take<int32_t>((size_ + 1) / 2) : own_;
         for (int i = 0; i < terms(); i += 2) {
             const int second = i + 1 < terms() ? filter.pKernel[i + 1] : 0;
@@ -85,35 +68,57 @@ public:
     }
     PairedKernel(const PairedKernel&) = delete;
 
-    // Two vectors of 32-bit sums for a vector of samples: of the lower and of the upper half of each 16-byte block.
-    template <class D, class V32>
-    HWY_INLINE void sums(D d, const Qel8u* s, int channels, V32& lower, V32& upper) const {
+    // n vectors of sums in 32 bits: of the lower and of the upper half of each 16-byte block of a vector of samples.
+    template <size_t n, class D, class V32>
+    HWY_INLINE void sums(Vectors<n> vectors, D d, const Qel8u* s, int channels, V32* lower, V32* upper) const {
         const hn::RepartitionToWide<D> d32;
-        lower = hn::Zero(d32);
-        upper = hn::Zero(d32);
-        const auto add = [&](int i, auto first, auto second) HWY_ATTR {
-            const auto pair = hn::BitCast(d, hn::Set(d32, pairs_[i / 2]));
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { lower[v] = upper[v] = hn::Zero(d32); });
+        const auto add = [&](size_t v, auto pair, auto first, auto second) HWY_ATTR {
             V32 other = hn::Zero(d32);  // stays so: on x86, neighbouring products end up in one lane
-            lower = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveLower(d, first, second), pair, lower, other);
-            upper = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveUpper(d, first, second), pair, upper, other);
+            const auto below = hn::InterleaveLower(d, first, second);
+            const auto above = hn::InterleaveUpper(d, first, second);
+            lower[v] = hn::ReorderWidenMulAccumulate(d32, below, pair, lower[v], other);
+            upper[v] = hn::ReorderWidenMulAccumulate(d32, above, pair, upper[v], other);
         };
         const int pairable = whole() - 1;
         int i = 0;
 #pragma GCC unroll 4
-        for (; i < pairable; i += 2) add(i, term(d, s, channels, i), term(d, s, channels, i + 1));
-        if (i < terms()) {
-            const auto first = term(d, s, channels, i);
-            add(i, first, i + 1 < terms() ? term(d, s, channels, i + 1) : first);
+        for (; i < pairable; i += 2) {
+            const auto pair = hn::BitCast(d, hn::Set(d32, pairs_[i / 2]));
+            forEachVector(vectors, [&](size_t v) HWY_ATTR {
+                const Qel8u* const sv = s + v * hn::Lanes(d);
+                add(v, pair, wholeTerm(d, sv, channels, i), wholeTerm(d, sv, channels, i + 1));
+            });
         }
+        if (i >= terms()) return;
+        const auto pair = hn::BitCast(d, hn::Set(d32, pairs_[i / 2]));
+        forEachVector(vectors, [&](size_t v) HWY_ATTR {
+            const Qel8u* const sv = s + v * hn::Lanes(d);
+            const auto first = term(d, sv, channels, i);
+            add(v, pair, first, i + 1 < terms() ? term(d, sv, channels, i + 1) : first);
+        });
+    }
+
+    // A vector of sums for the few samples that are less than a block.
+    template <class D>
+    HWY_INLINE hn::Vec<D> fewSums(D d, const Qel8u* s, int channels) const {
+        const hn::Rebind<Qel8u, D> d8;
+        hn::Vec<D> sum = hn::Zero(d);
+        for (int i = 0; i < size(); ++i) {
+            const auto sample = hn::PromoteTo(d, hn::LoadU(d8, s + i * channels));
+            sum = hn::Add(sum, hn::Mul(sample, hn::Set(d, int{pKernel_[i]})));
+        }
+        return sum;
     }
 
 private:
     HWY_INLINE int size() const { return kSize == 0 ? size_ : kSize; }
-    HWY_INLINE int folded() const { return kFold == Fold::kNone ? 0 : size() / 2; }
     // In differences, the sample in the middle has the coefficient 0.
-    HWY_INLINE int terms() const { return kFold == Fold::kDifference ? folded() : size() - folded(); }
-    // Terms that are all alike.
-    HWY_INLINE int whole() const { return kFold == Fold::kNone ? size() : folded(); }
+    HWY_INLINE int terms() const {
+        return kFold == Fold::kNone ? size() : kFold == Fold::kSum ? (size() + 1) / 2 : size() / 2;
+    }
+    // Terms that are alike: all but a single sample in the middle.
+    HWY_INLINE int whole() const { return kFold == Fold::kNone ? size() : size() / 2; }
 
     template <class D>
     static HWY_INLINE hn::Vec<D> sample(D d, const Qel8u* s) {
@@ -121,53 +126,82 @@ private:
     }
 
     template <class D>
-    HWY_INLINE hn::Vec<D> term(D d, const Qel8u* s, int channels, int i) const {
+    HWY_INLINE hn::Vec<D> wholeTerm(D d, const Qel8u* s, int channels, int i) const {
         const auto a = sample(d, s + i * channels);
-        if (i >= folded()) return a;
+        if (kFold == Fold::kNone) return a;
         const auto b = sample(d, s + (size() - 1 - i) * channels);
         return kFold == Fold::kSum ? hn::Add(a, b) : hn::Sub(a, b);
     }
 
+    template <class D>
+    HWY_INLINE hn::Vec<D> term(D d, const Qel8u* s, int channels, int i) const {
+        return i < whole() ? wholeTerm(d, s, channels, i) : sample(d, s + i * channels);
+    }
+
+    const Qel16s* pKernel_;
     int size_;
     int32_t own_[kMaxPairs];
     int32_t* pairs_;
 };
 
+template <class Kernel, class Quotient, size_t n, class D>
+HWY_INLINE void storeResults(Vectors<n> vectors, D d, const Qel8u* s, int channels, const Kernel& kernel,
+                             const Quotient& quotient, Qel16s* out) {
+    const hn::RepartitionToWide<D> d32;
+    hn::Vec<decltype(d32)> lower[n], upper[n];
+    kernel.sums(vectors, d, s, channels, lower, upper);
+    forEachVector(vectors, [&](size_t v) HWY_ATTR {
+        const auto result = hn::ReorderDemote2To(d, quotient(d32, lower[v]), quotient(d32, upper[v]));
+        hn::StoreU(result, d, out + v * hn::Lanes(d));
+    });
+}
+
+// The ends of a row, and rows that are less than a vector.
+template <class Kernel, class Quotient>
+HWY_NOINLINE void fewResults(const Qel8u* s, int channels, const Kernel& kernel, const Quotient& quotient, Qel16s* out,
+                             size_t count) {
+    const auto group = [&](auto d, size_t x, auto vectors)
+                           HWY_ATTR { storeResults(vectors, d, s + x, channels, kernel, quotient, out + x); };
+    const auto part = [&](auto d, size_t x) HWY_ATTR {
+        const hn::Rebind<Qel16s, decltype(d)> d16;
+        hn::StoreU(hn::DemoteTo(d16, quotient(d, kernel.fewSums(d, s + x, channels))), d16, out + x);
+    };
+    forOverlapping(Vectors<1>(), hn::CappedTag<Qel16s, kGroup>(), out, count, group,
+                   [&]() HWY_ATTR { forVectors(hn::CappedTag<int32_t, 4>(), count, part); });
+}
+
 template <int kSize, Fold kFold, class Quotient>
 HWY_NOINLINE void filterRowsBy(const Qel8u* pSrc, int srcStep, Qel16s* const* pRowDst, QelSize size, int channels,
                                const Filter& filter, const Quotient& quotient, void* pScratch) {
-    const TruncatedQuotient truncated{1.0F / static_cast<float>(filter.divisor)};
+    constexpr bool kExact = std::is_same_v<Quotient, Unscaled>;
+    using EdgeQuotient = std::conditional_t<kExact, Unscaled, TruncatedQuotient>;
+    const EdgeQuotient edgeQuotient(filter.divisor);
     Carver carver(pScratch);
     const PairedKernel<kSize, kFold> kernel(filter, carver);
-    // Where rounding to nearest stops with the groups, what is left over truncates as the edges do.
-    constexpr bool kTruncatedLeftovers = kSize == 0 && !std::is_same_v<Quotient, Unscaled>;
 
     forEachRow(
         pSrc, srcStep, pRowDst, size, channels, filter, carver,
         [&](const Qel8u* strip, Qel16s* out, size_t count)
-            HWY_ATTR { fewSums(strip, channels, filter, truncated, out, count); },
+            HWY_ATTR { fewResults(strip, channels, kernel, edgeQuotient, out, count); },
         [&](const Qel8u* src, Qel16s* out, size_t count) HWY_ATTR {
-            if (kTruncatedLeftovers) {
-                const size_t left = count % kGroup;
-                const size_t covered = left == 0 ? 0 : HWY_MIN(count, kGroup);
-                fewSums(src + count - covered, channels, filter, truncated, out + count - covered, covered);
-                count -= left;
+            // Kernels of any size round to nearest in whole groups only. What is left over truncates as the ends do.
+            if (kSize == 0 && !kExact) {
+                const Leftover left(count);
+                fewResults(src + left.begin, channels, kernel, edgeQuotient, out + left.begin, left.count);
+                count = left.groups;
             }
-            forOverlappingVectors(
-                hn::ScalableTag<Qel16s>(), count,
-                [&](auto d, size_t x) HWY_ATTR {
-                    const hn::RepartitionToWide<decltype(d)> d32;
-                    hn::Vec<decltype(d32)> lower, upper;
-                    kernel.sums(d, src + x, channels, lower, upper);
-                    hn::StoreU(hn::ReorderDemote2To(d, quotient(d32, lower), quotient(d32, upper)), d, out + x);
-                },
-                [&]() HWY_ATTR { fewSums(src, channels, filter, quotient, out, count); });
+            constexpr size_t kVectors = kSize == 0 ? 2 : 1;
+            const auto op = [&](auto d, size_t x, auto vectors)
+                                HWY_ATTR { storeResults(vectors, d, src + x, channels, kernel, quotient, out + x); };
+            forOverlapping(Vectors<kVectors>(), hn::ScalableTag<Qel16s>(), out, count, op,
+                           [&]() HWY_ATTR { fewResults(src, channels, kernel, quotient, out, count); });
         });
 }
 
 template <int kSize, class Quotient>
 void filterRowsScaled(const Qel8u* pSrc, int srcStep, Qel16s* const* pRowDst, QelSize size, int channels,
-                      const Filter& filter, const Quotient& quotient, void* pScratch) {
+                      const Filter& filter, void* pScratch) {
+    const Quotient quotient(filter.divisor);
     switch (foldOf(filter)) {
         case Fold::kNone:
             return filterRowsBy<kSize, Fold::kNone>(pSrc, srcStep, pRowDst, size, channels, filter, quotient, pScratch);
@@ -182,18 +216,14 @@ void filterRowsScaled(const Qel8u* pSrc, int srcStep, Qel16s* const* pRowDst, Qe
 template <int kChannels, int kSize>
 void filterRows(const Qel8u* pSrc, int srcStep, Qel16s* const* pRowDst, QelSize size, const Filter& filter,
                 void* pScratch) {
-    if (filter.divisor == 1) {
-        filterRowsScaled<kSize>(pSrc, srcStep, pRowDst, size, kChannels, filter, Unscaled(), pScratch);
-    } else {
-        const RoundedQuotient rounded{1.0F / static_cast<float>(filter.divisor)};
-        filterRowsScaled<kSize>(pSrc, srcStep, pRowDst, size, kChannels, filter, rounded, pScratch);
-    }
+    const auto run = filter.divisor == 1 ? filterRowsScaled<kSize, Unscaled> : filterRowsScaled<kSize, RoundedQuotient>;
+    run(pSrc, srcStep, pRowDst, size, kChannels, filter, pScratch);
 }
 
-// The sums as they are, for the divisor 1.
+// For the divisor 1.
 void filterRowsUnscaled(const Qel8u* pSrc, int srcStep, Qel16s* const* pRowDst, QelSize size, const Filter& filter,
                         void* pScratch) {
-    filterRowsScaled<3>(pSrc, srcStep, pRowDst, size, 1, filter, Unscaled(), pScratch);
+    filterRowsScaled<3, Unscaled>(pSrc, srcStep, pRowDst, size, 1, filter, pScratch);
 }
 
 }  // namespace

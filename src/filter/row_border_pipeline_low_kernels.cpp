@@ -46,27 +46,53 @@ struct Scaled {
     }
 };
 
-// Results whose sums wrap at 16 bits.
-template <int kSize, class D, class Quotient, class Store>
-HWY_INLINE void wrappedResults(D d, const Qel16s* s, int channels, const Qel16s* k, int kernelSize,
+template <int kTaps>
+using Kernel16s = Coefficients<kTaps, Qel16s>;
+
+// n vectors of results whose sums wrap at 16 bits.
+template <size_t n, class D, int kTaps, class Quotient, class Store>
+HWY_INLINE void wrappedResults(Vectors<n> vectors, D d, const Qel16s* s, int channels, const Kernel16s<kTaps>& k,
                                const Quotient& quotient, Qel16s* out, const Store& store) {
-    hn::Vec<D> sum = hn::Mul(hn::LoadU(d, s), hn::Set(d, k[0]));
-    const int taps = kSize == 0 ? kernelSize : kSize;
+    const auto product = [&](int i, size_t v, auto coefficient) HWY_ATTR {
+        return hn::Mul(hn::LoadU(d, s + i * channels + v * hn::Lanes(d)), coefficient);
+    };
+    hn::Vec<D> sum[n];
+    const auto first = hn::Set(d, k[0]);
+    forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = product(0, v, first); });
+    const int taps = k.size();
 #pragma GCC unroll 4
-    for (int i = 1; i < taps; ++i)
-        sum = hn::Add(sum, hn::Mul(hn::LoadU(d, s + i * channels), hn::Set(d, k[i])));
-    store(quotient(d, sum), d, out);
+    for (int i = 1; i < taps; ++i) {
+        const auto a = hn::Set(d, k[i]);
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Add(sum[v], product(i, v, a)); });
+    }
+    forEachVector(vectors, [&](size_t v) HWY_ATTR { store(quotient(d, sum[v]), d, out + v * hn::Lanes(d)); });
+}
+
+// Such results within a row.
+template <int kTaps, class Quotient>
+HWY_INLINE void interiorResults(const Qel16s* src, int channels, const Kernel16s<kTaps>& k, const Quotient& quotient,
+                                Qel16s* out, size_t count) {
+    const auto op = [&](auto d, size_t x, auto vectors) HWY_ATTR {
+        wrappedResults(vectors, d, src + x, channels, k, quotient, out + x, CachedStore());
+    };
+    constexpr size_t kVectors = kTaps == 0 ? 4 : 1;
+    forOverlapping(Vectors<kVectors>(), hn::ScalableTag<Qel16s>(), out, count, op, [&]() HWY_ATTR {
+        forVectors(hn::CappedTag<Qel16s, kGroup>(), count, [&](auto d, size_t x) HWY_ATTR { op(d, x, Vectors<1>()); });
+    });
 }
 
 // Results near the ends of a row: the sums do not wrap at 16 bits, only what is stored of them.
-HWY_NOINLINE void edgeResults(const Qel16s* s, int channels, const Filter& filter, int reciprocal, Qel16s* out,
+template <int kTaps>
+HWY_NOINLINE void edgeResults(const Qel16s* s, int channels, const Kernel16s<kTaps>& k, int reciprocal, Qel16s* out,
                               size_t count) {
+    const int taps = k.size();
     const auto op = [&](auto d, size_t x) HWY_ATTR {
         const hn::Rebind<Qel16s, decltype(d)> d16;
         auto sum = hn::Zero(d);
-        for (int i = 0; i < filter.kernelSize; ++i) {
+#pragma GCC unroll 8
+        for (int i = 0; i < taps; ++i) {
             const auto sample = hn::PromoteTo(d, hn::LoadU(d16, s + x + i * channels));
-            sum = hn::Add(sum, hn::Mul(sample, hn::Set(d, int{filter.pKernel[i]})));
+            sum = hn::Add(sum, hn::Mul(sample, hn::Set(d, int{k[i]})));
         }
         const hn::RebindToUnsigned<decltype(d)> du;
         const hn::RebindToUnsigned<decltype(d16)> du16;
@@ -79,19 +105,14 @@ HWY_NOINLINE void edgeResults(const Qel16s* s, int channels, const Filter& filte
 template <int kSize, class Quotient>
 HWY_NOINLINE void filterRowsBy(const Qel16s* pSrc, int srcStep, Qel16s* const* pRowDst, QelSize size, int channels,
                                const Filter& filter, const Quotient& quotient, int reciprocal, void* pScratch) {
+    const Kernel16s<kSize> k(filter.pKernel, filter.kernelSize);
     Carver carver(pScratch);
     forEachRow(
         pSrc, srcStep, pRowDst, size, channels, filter, carver,
         [&](const Qel16s* strip, Qel16s* out, size_t count)
-            HWY_ATTR { edgeResults(strip, channels, filter, reciprocal, out, count); },
-        [&](const Qel16s* src, Qel16s* out, size_t count) HWY_ATTR {
-            const auto op = [&](auto d, size_t x) HWY_ATTR {
-                wrappedResults<kSize>(d, src + x, channels, filter.pKernel, filter.kernelSize, quotient, out + x,
-                                      CachedStore());
-            };
-            forOverlappingVectors(hn::ScalableTag<Qel16s>(), count, op,
-                                  [&]() HWY_ATTR { forVectors(hn::CappedTag<Qel16s, kGroup>(), count, op); });
-        });
+            HWY_ATTR { edgeResults(strip, channels, k, reciprocal, out, count); },
+        [&](const Qel16s* src, Qel16s* out, size_t count)
+            HWY_ATTR { interiorResults(src, channels, k, quotient, out, count); });
 }
 
 template <int kChannels, int kSize>
@@ -109,7 +130,7 @@ void filterRows(const Qel16s* pSrc, int srcStep, Qel16s* const* pRowDst, QelSize
 // at the left end of a row as they do within it; the last two do not.
 template <bool kStreaming>
 void filterRowsShifted(const Qel16s* pSrc, int srcStep, Qel16s* const* pRowDst, QelSize size, const Filter& filter) {
-    const Qel16s* const k = filter.pKernel;
+    const Kernel16s<5> k(filter.pKernel, 5);
     const int width = size.width;
     for (int y = 0; y < size.height; ++y) {
         const Qel16s* const s = row(pSrc, srcStep, y);
@@ -121,16 +142,15 @@ void filterRowsShifted(const Qel16s* pSrc, int srcStep, Qel16s* const* pRowDst, 
         std::memcpy(right, s + width - 4, 4 * sizeof(Qel16s));
         right[4] = right[5] = right[3];
 
-        wrappedResults<5>(hn::CappedTag<Qel16s, 2>(), left, 1, k, 5, ShiftedBy4(), out, CachedStore());
-        const auto interior = [&](auto d, size_t x, auto store)
-                                  HWY_ATTR { wrappedResults<5>(d, s + x, 1, k, 5, ShiftedBy4(), out + 2 + x, store); };
+        const hn::CappedTag<Qel16s, 2> two;
+        wrappedResults(Vectors<1>(), two, left, 1, k, ShiftedBy4(), out, CachedStore());
         const size_t count = size_t(width - 4);
         if (kStreaming && reinterpret_cast<uintptr_t>(out) % 16 == 0) {
-            forVectorsInto<true>(out + 2, hn::ScalableTag<Qel16s>(), count, interior);
+            forVectorsInto<true>(out + 2, hn::ScalableTag<Qel16s>(), count, [&](auto d, size_t x, auto store) HWY_ATTR {
+                wrappedResults(Vectors<1>(), d, s + x, 1, k, ShiftedBy4(), out + 2 + x, store);
+            });
         } else {
-            const auto cached = [&](auto d, size_t x) HWY_ATTR { interior(d, x, CachedStore()); };
-            forOverlappingVectors(hn::ScalableTag<Qel16s>(), count, cached,
-                                  [&]() HWY_ATTR { forVectors(hn::CappedTag<Qel16s, kGroup>(), count, cached); });
+            interiorResults(s, 1, k, ShiftedBy4(), out + 2, count);
         }
         Qel16s last[2];
         for (int i = 0; i < 2; ++i) {

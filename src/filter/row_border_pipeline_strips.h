@@ -75,7 +75,6 @@ public:
 
     // Takes the ends of this row.
     void fill(const T* row) {
-        const int reach = row_.reach();
         if (whole_) {
             copy(left_ + row_.before, row, row_.samples);
         } else {
@@ -85,9 +84,12 @@ public:
                 copy(right_, row + row_.samples - count, count);
             }
         }
-        if (constant_ || reach == 0) return;
-        gather(borderBefore(), row, indices_, pixelsBefore_);
-        gather(borderAfter(), row, indices_ + pixelsBefore_, pixelsAfter_);
+        if (constant_) return;
+        if (row_.channels == 1) {
+            gather<1>(row);
+        } else {
+            gather<3>(row);
+        }
     }
 
     // Calls op(strip, x, count) for each strip: `count` results from sample x of the row on.
@@ -100,8 +102,15 @@ public:
 private:
     static int grouped(int count) { return (count + kGroup - 1) & -kGroup; }
 
-    // These are a few dozen samples.
-    static void copy(T* to, const T* from, int count) { std::memcpy(to, from, size_t(count) * sizeof(T)); }
+    // These are a few dozen samples, too few for a call of memcpy: groups, the last of which may overlap another.
+    static void copy(T* to, const T* from, int count) {
+        if (count < kGroup) {
+            for (int i = 0; i < count; ++i) std::memcpy(to + i, from + i, sizeof(T));
+            return;
+        }
+        for (int i = 0; i < count - kGroup; i += kGroup) std::memcpy(to + i, from + i, kGroup * sizeof(T));
+        std::memcpy(to + count - kGroup, from + count - kGroup, kGroup * sizeof(T));
+    }
 
     T* borderBefore() const { return left_; }
     T* borderAfter() const {
@@ -113,8 +122,13 @@ private:
             for (int c = 0; c < row_.channels; ++c) border[i * row_.channels + c] = value[c];
     }
 
-    void gather(T* border, const T* row, const int* indices, int pixels) const {
-        for (int i = 0; i < pixels; ++i) copy(border + i * row_.channels, row + indices[i], row_.channels);
+    template <int kChannels>
+    void gather(const T* row) const {
+        const auto border = [=, this](T* to, const int* indices, int pixels) {
+            for (int i = 0; i < pixels; ++i) std::memcpy(to + i * kChannels, row + indices[i], kChannels * sizeof(T));
+        };
+        border(borderBefore(), indices_, pixelsBefore_);
+        border(borderAfter(), indices_ + pixelsBefore_, pixelsAfter_);
     }
 
     RowGeometry row_;
