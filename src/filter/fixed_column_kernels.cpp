@@ -130,42 +130,71 @@ struct Column {
     HWY_INLINE hn::Vec<D> second(int tap) const { return hn::LoadU(D(), rows[tap] + secondHalf + x); }
 };
 
-// Runs op(d, x, store, column, out) over size.height rows of results.
-template <bool kStreaming, class Mid, class Dst, class Op>
+// Rows of results that one pass over the columns gives, so that a sample is loaded once for several of them.
+constexpr int kRowsAtOnce = 4;
+
+// Fills size.height rows of results with op(d, column, out), which gives those at out. The results of one pass are all
+// formed before the first is stored.
+template <class Mid, class Dst, class Op>
 HWY_INLINE void forColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
     const int secondHalf = intermediateStride(size.width);
-    for (int y = 0; y < size.height; ++y) {
-        Dst* out = row(pDst, dstStep, y);
+    const auto width = static_cast<size_t>(size.width);
+    int y = 0;
+    for (; y + kRowsAtOnce <= size.height; y += kRowsAtOnce) {
+        Dst* const out = row(pDst, dstStep, y);
         const Mid* const* const rows = pRows + y;
-        forVectorsInto<kStreaming>(out, hn::ScalableTag<Mid>(), size_t(size.width),
-                                   [&op, out, rows, secondHalf](auto d, size_t x, auto store) HWY_ATTR {
-                                       op(d, Column<decltype(d)>{rows, x, secondHalf}, store, out + x);
-                                   });
+        forVectors(hn::ScalableTag<Mid>(), width, [&op, out, dstStep, rows, secondHalf](auto d, size_t x) HWY_ATTR {
+            const hn::Rebind<Dst, decltype(d)> dOut;
+            const auto results = [&](int i) HWY_ATTR {
+                return op(d, Column<decltype(d)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
+            };
+            const auto first = results(0);
+            const auto second = results(1);
+            const auto third = results(2);
+            const auto fourth = results(3);
+            hn::StoreU(first, dOut, out + x);
+            hn::StoreU(second, dOut, row(out, dstStep, 1) + x);
+            hn::StoreU(third, dOut, row(out, dstStep, 2) + x);
+            hn::StoreU(fourth, dOut, row(out, dstStep, 3) + x);
+        });
     }
-    finishStores<kStreaming>();
+    for (; y < size.height; ++y) {
+        Dst* const out = row(pDst, dstStep, y);
+        const Mid* const* const rows = pRows + y;
+        forVectors(hn::ScalableTag<Mid>(), width, [&op, out, rows, secondHalf](auto d, size_t x) HWY_ATTR {
+            const hn::Rebind<Dst, decltype(d)> dOut;
+            hn::StoreU(op(d, Column<decltype(d)>{rows, x, secondHalf}, out + x), dOut, out + x);
+        });
+    }
 }
 
-// Calls run<true or false>(), the one with stores past the cache or the one without.
-template <class Run>
-HWY_INLINE void withStores(bool streaming, const Run& run) {
-    streaming ? run(std::true_type()) : run(std::false_type());
+// As forColumns for results of the sums' own type, with stores past the cache.
+template <class T, class Op>
+HWY_INLINE void streamColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, const Op& op) {
+    const int secondHalf = intermediateStride(size.width);
+    for (int y = 0; y < size.height; ++y) {
+        T* const out = row(pDst, dstStep, y);
+        const T* const* const rows = pRows + y;
+        forVectorsInto<true>(out, hn::ScalableTag<T>(), size_t(size.width),
+                             [&op, out, rows, secondHalf](auto d, size_t x, auto store) HWY_ATTR {
+                                 store(op(d, Column<decltype(d)>{rows, x, secondHalf}, out + x), d, out + x);
+                             });
+    }
+    finishStores<true>();
 }
 
 // The result is the sum itself.
 template <class Formula, class T>
 void filterColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, bool streaming) {
-    withStores(streaming, [&](auto past) HWY_ATTR {
-        forColumns<past()>(pRows, pDst, dstStep, size, [](auto d, const auto& column, auto store, T* out) HWY_ATTR {
-            store(Formula()(column), d, out);
-        });
-    });
+    const auto sum = [](auto, const auto& column, const T*) HWY_ATTR { return Formula()(column); };
+    streaming ? streamColumns(pRows, pDst, dstStep, size, sum) : forColumns(pRows, pDst, dstStep, size, sum);
 }
 
 // The result is added to what the destination holds: the second pass of the 5x5 Laplacian.
 template <class Formula, class T>
 void addColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, bool) {
-    forColumns<false>(pRows, pDst, dstStep, size, [](auto d, const auto& column, auto store, T* out) HWY_ATTR {
-        store(hn::Add(hn::LoadU(d, out), Formula()(column)), d, out);
+    forColumns(pRows, pDst, dstStep, size, [](auto d, const auto& column, const T* out) HWY_ATTR {
+        return hn::Add(hn::LoadU(d, out), Formula()(column));
     });
 }
 
@@ -175,12 +204,9 @@ constexpr Qel32f kMeanFactor = Formula::kTaps == 3 ? 0.11111111F : 0.04F;
 
 template <class Formula>
 void averageColumns(const Qel32f* const* pRows, Qel32f* pDst, int dstStep, QelSize size, int, bool streaming) {
-    withStores(streaming, [&](auto past) HWY_ATTR {
-        forColumns<past()>(pRows, pDst, dstStep, size,
-                           [](auto d, const auto& column, auto store, Qel32f* out) HWY_ATTR {
-                               store(hn::Mul(Formula()(column), hn::Set(d, kMeanFactor<Formula>)), d, out);
-                           });
-    });
+    const auto mean = [](auto d, const auto& column, const Qel32f*)
+                          HWY_ATTR { return hn::Mul(Formula()(column), hn::Set(d, kMeanFactor<Formula>)); };
+    streaming ? streamColumns(pRows, pDst, dstStep, size, mean) : forColumns(pRows, pDst, dstStep, size, mean);
 }
 
 // The mean of nine bytes, rounded, or of 25 bytes, not rounded: 25 times 255 gives 254.
@@ -193,12 +219,11 @@ constexpr MeanOf8u kMeanOf8u = Formula::kTaps == 3 ? MeanOf8u{5, 7280} : MeanOf8
 
 template <class Formula>
 void averageColumnsTo8u(const Qel16s* const* pRows, Qel8u* pDst, int dstStep, QelSize size, int, bool) {
-    forColumns<false>(pRows, pDst, dstStep, size, [](auto d, const auto& column, auto, Qel8u* out) HWY_ATTR {
+    forColumns(pRows, pDst, dstStep, size, [](auto d, const auto& column, const Qel8u*) HWY_ATTR {
         const hn::RebindToUnsigned<decltype(d)> du;
-        const hn::Rebind<Qel8u, decltype(d)> d8;
         const auto sum = hn::Add(hn::BitCast(du, Formula()(column)), hn::Set(du, kMeanOf8u<Formula>.half));
         const auto mean = hn::MulHigh(sum, hn::Set(du, kMeanOf8u<Formula>.factor));
-        hn::StoreU(hn::DemoteTo(d8, hn::BitCast(d, mean)), d8, out);
+        return hn::DemoteTo(hn::Rebind<Qel8u, decltype(d)>(), hn::BitCast(d, mean));
     });
 }
 

@@ -123,42 +123,46 @@ HWY_INLINE void filterAt(D d, const Src* p, hn::TFromD<D>* out, int second) {
     if constexpr (std::is_same_v<Formula, Laplacian3>) hn::StoreU(Formula().second(s), d, out + second);
 }
 
-// The results at one end of a row, whose taps reach beyond it. Their samples are gathered in a strip; which ones they
-// are is the same in every row.
+// The results at one end of a row, whose taps reach beyond it. Which samples they meet is the same in every row.
 template <class Formula, class Src, class Mid>
 class RowEnd {
     static constexpr int kReach = Formula::kTaps / 2;
     static constexpr int kSamples = kReach + Formula::kTaps - 1;
-    using Block = hn::FixedTag<Mid, 16 / sizeof(Mid)>;  // as many results at once; at most kReach are of use
 
 public:
     // The results first .. first + count - 1 of a row of `width`.
-    RowEnd(int first, int count, int width, int borderMode, Src borderValue) : first_(first), count_(count) {
-        for (int i = 0; i < kSamples; ++i) {
-            index_[i] = extendedIndex(borderMode, first - kReach + i, width);
-            strip_[i] = borderValue;
-        }
+    RowEnd(int first, int count, int width, int borderMode, Src borderValue)
+        : first_(first), count_(count), borderValue_(borderValue) {
+        for (int i = 0; i < kSamples; ++i) index_[i] = extendedIndex(borderMode, first - kReach + i, width);
     }
 
-    HWY_INLINE void filter(const Src* pRow, Mid* out, int second) {
-        for (int i = 0; i < kSamples; ++i)
-            if (index_[i] != kConstantSample) strip_[i] = pRow[index_[i]];
-        Mid results[2 * kBlock];
-        filterAt<Formula>(Block(), strip_, results, kBlock);
+    HWY_INLINE void filter(const Src* pRow, Mid* out, int second) const {
+        const hn::FixedTag<Mid, 1> one;
         for (int i = 0; i < count_; ++i) {
-            out[first_ + i] = results[i];
-            if constexpr (std::is_same_v<Formula, Laplacian3>) out[first_ + i + second] = results[kBlock + i];
+            const auto s = [&](int tap) HWY_ATTR {
+                const int index = index_[i + tap];
+                return hn::Set(one, static_cast<Mid>(index == kConstantSample ? borderValue_ : pRow[index]));
+            };
+            out[first_ + i] = hn::GetLane(Formula()(s));
+            if constexpr (std::is_same_v<Formula, Laplacian3>)
+                out[first_ + i + second] = hn::GetLane(Formula().second(s));
         }
     }
 
 private:
-    static constexpr int kBlock = hn::MaxLanes(Block());
-
     int first_;
     int count_;
+    Src borderValue_;
     int index_[kSamples];
-    Src strip_[kBlock + Formula::kTaps - 1] = {};
 };
+
+// As forVectors for op that reads one image and writes another: the last vector begins early enough to be whole.
+template <class D, class Op>
+HWY_INLINE void forOverlappingVectors(D d, size_t count, const Op& op) {
+    const size_t lanes = hn::Lanes(d);
+    if (count < lanes) return forVectors(d, count, op);
+    if (forWholeVectors(d, count, op, 0) != count) op(d, count - lanes);
+}
 
 template <class Formula, class Src, class Mid>
 void filterRows(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, int borderMode, Src borderValue) {
@@ -167,15 +171,16 @@ void filterRows(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, i
     const int left = HWY_MIN(kReach, size.width);
     const int right = HWY_MIN(kReach, size.width - left);
     const int interior = size.width - left - right;
-    RowEnd<Formula, Src, Mid> leftEnd(0, left, size.width, borderMode, borderValue);
-    RowEnd<Formula, Src, Mid> rightEnd(size.width - right, right, size.width, borderMode, borderValue);
+    const RowEnd<Formula, Src, Mid> leftEnd(0, left, size.width, borderMode, borderValue);
+    const RowEnd<Formula, Src, Mid> rightEnd(size.width - right, right, size.width, borderMode, borderValue);
 
     for (int y = 0; y < size.height; ++y) {
         const Src* p = row(pSrc, srcStep, y);
         Mid* out = pRows[y];
         leftEnd.filter(p, out, second);
-        forVectors(hn::ScalableTag<Mid>(), size_t(interior),
-                   [=](auto d, size_t x) HWY_ATTR { filterAt<Formula>(d, p + x, out + kReach + x, second); });
+        forOverlappingVectors(hn::ScalableTag<Mid>(), size_t(interior), [=](auto d, size_t x) HWY_ATTR {
+            filterAt<Formula>(d, p + x, out + kReach + x, second);
+        });
         rightEnd.filter(p, out, second);
     }
 }
