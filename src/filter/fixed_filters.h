@@ -54,8 +54,10 @@ inline qelStatus fixedBufferSize(QelSize roiSize, int mask, int* pBufferSize, co
     const qelStatus status =
         Check().pointers(pBufferSize).size(roiSize).require(isMask(mask), qelStatusBadMaskSize).status();
     if (status != qelStatusOk) return status;
-    const int64_t bytes = fixedScratchBytes(roiSize, tapsOf(mask), scratch) + extraBytes;
-    return writeBufferSize(bytes * owncvGetMaxNumThreads(), pBufferSize);
+    const int64_t bytes = fixedScratchBytes(roiSize, tapsOf(mask), scratch);
+    // Terms that fit an int each have a sum and a product that fit 64 bits.
+    if (bytes > INT_MAX || extraBytes > INT_MAX) return qelStatusOverflow;
+    return writeBufferSize((bytes + extraBytes) * owncvGetMaxNumThreads(), pBufferSize);
 }
 
 // The arguments of a call.

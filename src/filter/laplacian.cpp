@@ -13,10 +13,8 @@ constexpr FixedScratch kLaplacian_32f = {128, 24, 336, 32, true};
 constexpr FixedScratch kLaplacian_8u = {64, 24, 336, 32, false};
 
 // An image of 16-bit sums behind the rest of the scratch: what the two passes of 8u8s write.
-int sumStep(QelSize roiSize) { return static_cast<int>(alignUp(int64_t{roiSize.width}, 16) * sizeof(Qel16s)); }
-int64_t sumBytes(QelSize roiSize, int mask) {
-    return mask == kMask5x5 ? int64_t{sumStep(roiSize)} * roiSize.height + 32 : 0;
-}
+int64_t sumStep(QelSize roiSize) { return alignUp(int64_t{roiSize.width}, 16) * int64_t{sizeof(Qel16s)}; }
+int64_t sumBytes(QelSize roiSize, int mask) { return mask == kMask5x5 ? sumStep(roiSize) * roiSize.height + 32 : 0; }
 
 template <class Src, class Dst>
 void run(const FixedCall<Src, Dst>& part, const SliceOf<Src>& image) {
@@ -40,7 +38,7 @@ qelStatus laplacian(const FixedCall<Src, Dst>& call, const FixedScratch& scratch
 void runDivided(const FixedCall<Qel8u, Qel8s>& part, const SliceOf<Qel8u>& image, Qel8u* pSums) {
     if (part.mask == kMask3x3) return runPass(part, kLaplacian3x3, image);
     Qel16s* const sums = reinterpret_cast<Qel16s*>(alignUp(pSums, 32));
-    const int step = sumStep(part.roiSize);
+    const int step = static_cast<int>(sumStep(part.roiSize));
     run<Qel8u, Qel16s>({part.pSrc, part.srcStep, sums, step, part.roiSize, part.mask, part.borderMode, part.borderValue,
                         1, part.pBuffer},
                        image);
