@@ -45,8 +45,8 @@ extern "C" {
  * - 32f rounds after each operation. Across: (s0 + s2) + 2 s1 where a kernel reads 1 2 1, 3 (s0 + s2) + 10 s1,
  *   (s0 + s2) - 2 s1, ((s0 + s4) + 4 (s1 + s3)) + 6 s2, (s0 - s4) + 2 (s1 - s3), (s0 + s4) - 2 s2; down likewise.
  *   Averages add in order and multiply by 0.11111111 or 0.04. The Laplacian 3x3 is 2 (a + b) - 8 s, where a and b are
- * the sums of the two diagonal neighbours above and below; 5x5 adds its second part to the first. Where borderMode is
- *   qelBorderConst, a row beyond the image is borderValue times the sum of the kernel across.
+ *   the sums of the two diagonal neighbours above and below; 5x5 adds its second part to the first. Where borderMode
+ *   is qelBorderConst, a row beyond the image is borderValue times the sum of the kernel across.
  *
  * @param pSrc        first sample of the source region
  * @param srcStep, dstStep  bytes from one row to the next: at least a row's bytes and a multiple of the sample size
@@ -54,7 +54,8 @@ extern "C" {
  * @param roiSize     region in pixels, at least 1 by 1; it may be smaller than the mask
  * @param mask        33 for 3x3, 55 for 5x5
  * @param borderMode  how the image is extended, a QelBorderMode. Added to it, 0x10 says that the rows above the region
- * lie in memory and are read as they are, 0x20 says so of the rows below. Left and right always follow the mode.
+ *                    lie in memory and are read as they are, 0x20 says so of the rows below. Left and right always
+ *                    follow the mode.
  * @param borderValue the constant of qelBorderConst; else not read
  * @param divisor     of 8u8s sums, not 0; may be negative
  * @param pBuffer     scratch of the size that the function of the same name with GetBufferSize tells, at any address

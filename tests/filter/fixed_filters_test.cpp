@@ -65,7 +65,7 @@ struct Border {
     }
 };
 
-// Kernels. Integers need their coefficients only; of 32f the order of additions is told by the kernel'"'"'s name.
+// Kernels. Integers need their coefficients only; of 32f the order of additions is told by the kernel's name.
 
 using K = std::vector<int>;
 const K kDx3 = {-1, 0, 1}, kDxNeg3 = {1, 0, -1}, kDx5 = {-1, -2, 0, 2, 1}, kDxNeg5 = {1, 2, 0, -2, -1};
@@ -338,15 +338,13 @@ AGREES(qeliFilterLowpassBorder_32f_C1R, qeliFilterLowpassGetBufferSize_32f_C1R, 
 AGREES(qeliFilterLowpassBorder_8u_C1R, qeliFilterLowpassGetBufferSize_8u_C1R, box, kBoth)
 #undef AGREES
 
-// Every width and height up to 80, one mode after the other. The content is one image, so that a model run serves all
-// heights of a width would not do: each region has borders of its own.
+// Every width and height up to 80, one mode after the other.
 TEST_P(FixedFilters, EverySmallSize) {
     const Call<Qel8u, Qel16s> call = callOf(qeliFilterSobelVertBorder_8u16s_C1R);
     const SizeQuery query = queryOf(qeliFilterSobelVertGetBufferSize_8u16s_C1R);
     int turn = 0;
     for (int width = 1; width <= 80; ++width) {
         for (int height = 1; height <= 80; ++height) {
-            // The model takes its time: sizes near the ends of vectors and strips, and a sample of the rest.
             kit::Trial trial(static_cast<uint32_t>(width * 100 + height), {width, height});
             const Params p = {turn % 2 == 0 ? 33 : 55, turn % 5, 1};
             ++turn;
