@@ -1,0 +1,140 @@
+#include "filter/filter_convolution.h"
+
+#include <algorithm>
+#include <limits>
+#include <type_traits>
+
+#include "filter/border_mode.h"
+#include "frame/scratch.h"
+#include "frame/threads.h"
+
+namespace qel {
+// The engine's pieces of the scratch.
+template <class Mid>
+struct ConvolutionScratch {
+    ConvolutionScratch(void* pScratch, int width, int taps, bool doubleRows)
+        : stride(intermediateStride(width) * (doubleRows ? 2 : 1)) {
+        Carver carver(pScratch, 32);
+        pointers = carver.take<Mid*>(pointerCount(taps));
+        borderRows = carver.take<Mid>(int64_t{stride} * taps);
+        ring = borderRows + int64_t{stride} * taps;
+    }
+
+    Mid* borderRow(int i) const { return borderRows + int64_t{stride} * i; }
+    Mid* ringRow(int i) const { return ring + int64_t{stride} * i; }
+
+    int stride;
+    Mid** pointers;
+    Mid* borderRows;
+    Mid* ring;
+};
+
+namespace {
+
+// The kernels along the rows, in the order of RowIndex.
+struct RowKernelFacts {
+    int taps;
+    int sum;
+};
+template <size_t kTaps>
+constexpr RowKernelFacts facts(const Qel16s (&kernel)[kTaps]) {
+    int sum = 0;
+    for (const Qel16s k : kernel) sum += k;
+    return {static_cast<int>(kTaps), sum};
+}
+constexpr RowKernelFacts kRowKernels[] = {facts(kerDx_3),  facts(kerScharr_3), facts(kerDxNeg_3), facts(kerDxNeg_5),
+                                          facts(kerD2x_3), facts(kerD2x_5),    facts(kerSobel_3), facts(kerSobel_5),
+                                          facts(kerAvr_3), facts(kerAvr_5),    facts(kerLap_3)};
+
+// Rows of results that one batch gives.
+constexpr int kStripRows = 16;
+
+// What the row stage makes of a row that is borderValue throughout. 32f sums stay as they are.
+template <class Mid, class Src>
+Mid filteredConstant(int rowSum, Src borderValue) {
+    if constexpr (std::is_floating_point_v<Mid>) {
+        return static_cast<Mid>(rowSum) * borderValue;
+    } else {
+        return static_cast<Mid>(
+            std::clamp<int>(rowSum * borderValue, std::numeric_limits<Mid>::min(), std::numeric_limits<Mid>::max()));
+    }
+}
+
+}  // namespace
+
+template <class Src, class Mid, class Dst>
+void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, QelSize size,
+                       const FixedPass<Src, Mid, Dst>& pass, int borderMode, Src borderValue, int divisor,
+                       const SliceOf<Src>& image, void* pScratch) {
+    const int taps = kRowKernels[pass.row].taps;
+    const int reach = taps / 2;
+    const int mode = borderMode & kBorderModeMask;
+    const ConvolutionScratch<Mid> layout(pScratch, size.width, taps, pass.row == kRowLaplacian3);
+    Mid** const pointers = layout.pointers;
+
+    FixedRowKernel<Src, Mid>* const rowStage = pass.rows;
+    const auto filterRows = [&](const Src* p, Mid* const* pRows, int count) {
+        rowStage(p, srcStep, pRows, {size.width, count}, mode, borderValue);
+    };
+    FixedColumnKernel<Mid, Dst>* const columnStage = pass.columns;
+    const bool streaming = int64_t{size.width} * size.height >= owncvGetCacheSize() / 2;
+    const auto filterColumns = [&](Mid* const* pRows, int y, int count) {
+        columnStage(pRows, row(pDst, dstStep, y), dstStep, {size.width, count}, divisor, streaming);
+    };
+
+    // The filtered row y of the slice, which lies above or below it; edgeRow is the filtered row at that edge.
+    int borderRows = 0;
+    const auto borderRow = [&](int y, int inMemory, Mid* edgeRow) {
+        if (!inMemory && mode == qelBorderRepl) return edgeRow;
+        Mid* const filtered = layout.borderRow(borderRows++);
+        if (inMemory) {
+            filterRows(row(pSrc, srcStep, y), &filtered, 1);
+        } else if (mode == qelBorderConst) {
+            std::fill_n(filtered, layout.stride, filteredConstant<Mid>(kRowKernels[pass.row].sum, borderValue));
+        } else {
+            filterRows(row(image.pSrc, srcStep, extendedIndex(mode, image.y + y, image.height)), &filtered, 1);
+        }
+        return filtered;
+    };
+
+    // The upper border stands ahead of the ring, and the ring twice in the array: any run of rows is a run of pointers.
+    for (int i = taps; i < pointerCount(taps); ++i) pointers[i] = layout.ringRow((i - taps) % ringRows(taps));
+    for (int i = 1; i <= reach; ++i)
+        pointers[taps - i] = borderRow(-i, borderMode & kRowsAboveInMemory, pointers[taps]);
+
+    int read = taps - reach;
+    int write = taps;
+    int filled = 0;
+    int done = 0;
+    while (filled < size.height) {
+        const int batch = std::min(size.height - filled, filled == 0 ? ringRows(taps) - reach : kStripRows);
+        filterRows(row(pSrc, srcStep, filled), pointers + write, batch);
+        filled += batch;
+        write += batch;
+        const int ready = write - read - (taps - 1);
+        if (ready > 0) {
+            filterColumns(pointers + read, done, ready);
+            done += ready;
+            read += ready;
+        }
+        if (write + kStripRows > pointerCount(taps)) {
+            write -= ringRows(taps);
+            read -= ringRows(taps);
+        }
+    }
+    Mid* const lastRow = pointers[write - 1];
+    for (int i = 0; i < reach; ++i)
+        pointers[write + i] = borderRow(size.height + i, borderMode & kRowsBelowInMemory, lastRow);
+    filterColumns(pointers + read, done, size.height - done);
+}
+
+template void filterConvolution(const Qel32f*, int, Qel32f*, int, QelSize, const FixedPass<Qel32f, Qel32f, Qel32f>&,
+                                int, Qel32f, int, const SliceOf<Qel32f>&, void*);
+template void filterConvolution(const Qel8u*, int, Qel16s*, int, QelSize, const FixedPass<Qel8u, Qel16s, Qel16s>&, int,
+                                Qel8u, int, const SliceOf<Qel8u>&, void*);
+template void filterConvolution(const Qel8u*, int, Qel8s*, int, QelSize, const FixedPass<Qel8u, Qel16s, Qel8s>&, int,
+                                Qel8u, int, const SliceOf<Qel8u>&, void*);
+template void filterConvolution(const Qel8u*, int, Qel8u*, int, QelSize, const FixedPass<Qel8u, Qel16s, Qel8u>&, int,
+                                Qel8u, int, const SliceOf<Qel8u>&, void*);
+
+}  // namespace qel

@@ -1,0 +1,377 @@
+#include <algorithm>
+
+#include "filter/fixed_kernels.h"
+
+#define HWY_TARGET_INCLUDE "filter/fixed_column_kernels.cpp"
+#include "frame/simd-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace qel {
+namespace HWY_NAMESPACE {
+namespace {
+
+template <class V>
+HWY_INLINE V twice(V v) {
+    return hn::Add(v, v);
+}
+
+template <class V>
+HWY_INLINE V times(V v, int factor) {
+    const hn::DFromV<V> d;
+    return hn::Mul(v, hn::Set(d, static_cast<hn::TFromV<V>>(factor)));
+}
+
+// A formula gets the samples of a column from r(i), i from 0 for the topmost row. 16s sums wrap. Of 32f, sums are
+// formed as they are written here.
+struct Dx3 {
+    static constexpr int kTaps = 3;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Sub(r(2), r(0));
+    }
+};
+struct Dx5 {
+    static constexpr int kTaps = 5;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Add(hn::Sub(r(4), r(0)), twice(hn::Sub(r(3), r(1))));
+    }
+};
+struct D2x3 {
+    static constexpr int kTaps = 3;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Sub(hn::Add(r(0), r(2)), twice(r(1)));
+    }
+};
+struct D2x5 {
+    static constexpr int kTaps = 5;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Sub(hn::Add(r(0), r(4)), twice(r(2)));
+    }
+};
+struct Sobel3 {
+    static constexpr int kTaps = 3;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Add(hn::Add(r(0), r(2)), twice(r(1)));
+    }
+};
+struct Sobel5 {
+    static constexpr int kTaps = 5;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Add(hn::Add(hn::Add(r(0), r(4)), times(hn::Add(r(1), r(3)), 4)), times(r(2), 6));
+    }
+};
+struct SobelNeg3 {
+    static constexpr int kTaps = 3;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Neg(Sobel3()(r));
+    }
+};
+struct SobelNeg5 {
+    static constexpr int kTaps = 5;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Neg(Sobel5()(r));
+    }
+};
+struct Scharr3 {
+    static constexpr int kTaps = 3;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Add(times(hn::Add(r(0), r(2)), 3), times(r(1), 10));
+    }
+};
+struct Avr3 {
+    static constexpr int kTaps = 3;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Add(hn::Add(r(0), r(1)), r(2));
+    }
+};
+struct Avr5 {
+    static constexpr int kTaps = 5;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Add(hn::Add(hn::Add(hn::Add(r(0), r(1)), r(2)), r(3)), r(4));
+    }
+};
+// Rows are two wide: r gives the sums of neighbours, r.second eight times the sample itself.
+struct Laplacian3 {
+    static constexpr int kTaps = 3;
+    template <class R>
+    HWY_INLINE auto operator()(const R& r) const {
+        return hn::Sub(twice(hn::Add(r(0), r(2))), r.second(1));
+    }
+};
+
+// As forVectors where count is a multiple of kGroup: no part of a vector is smaller than a group.
+template <size_t kGroup, class D, class Op>
+HWY_INLINE void forGroups(D d, size_t count, const Op& op, size_t x = 0) {
+    x = forWholeVectors(d, count, op, x);
+    if constexpr (hn::MaxLanes(D()) > kGroup) {
+        if (x < count) forGroups<kGroup>(hn::Half<D>(), count, op, x);
+    }
+}
+
+// The samples of the taps' rows at x.
+template <class D>
+struct Column {
+    using T = hn::TFromD<D>;
+    const T* const* rows;
+    size_t x;
+    int secondHalf;
+
+    HWY_INLINE hn::Vec<D> operator()(int tap) const { return hn::LoadU(D(), rows[tap] + x); }
+    HWY_INLINE hn::Vec<D> second(int tap) const { return hn::LoadU(D(), rows[tap] + secondHalf + x); }
+};
+
+// Rows of results that one pass over the columns gives, so that a sample is loaded once for several of them.
+constexpr int kRowsAtOnce = 4;
+
+// Fills size.height rows of results with op(d, column, out), which gives those at out. The results of one pass are all
+// formed before the first is stored.
+template <class Mid, class Dst, class Op>
+HWY_INLINE void forColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
+    const int secondHalf = intermediateStride(size.width);
+    const auto width = static_cast<size_t>(size.width);
+    int y = 0;
+    for (; y + kRowsAtOnce <= size.height; y += kRowsAtOnce) {
+        Dst* const out = row(pDst, dstStep, y);
+        const Mid* const* const rows = pRows + y;
+        forVectors(hn::ScalableTag<Mid>(), width, [&op, out, dstStep, rows, secondHalf](auto d, size_t x) HWY_ATTR {
+            const hn::Rebind<Dst, decltype(d)> dOut;
+            const auto results = [&](int i) HWY_ATTR {
+                return op(d, Column<decltype(d)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
+            };
+            const auto first = results(0);
+            const auto second = results(1);
+            const auto third = results(2);
+            const auto fourth = results(3);
+            hn::StoreU(first, dOut, out + x);
+            hn::StoreU(second, dOut, row(out, dstStep, 1) + x);
+            hn::StoreU(third, dOut, row(out, dstStep, 2) + x);
+            hn::StoreU(fourth, dOut, row(out, dstStep, 3) + x);
+        });
+    }
+    for (; y < size.height; ++y) {
+        Dst* const out = row(pDst, dstStep, y);
+        const Mid* const* const rows = pRows + y;
+        forVectors(hn::ScalableTag<Mid>(), width, [&op, out, rows, secondHalf](auto d, size_t x) HWY_ATTR {
+            const hn::Rebind<Dst, decltype(d)> dOut;
+            hn::StoreU(op(d, Column<decltype(d)>{rows, x, secondHalf}, out + x), dOut, out + x);
+        });
+    }
+}
+
+// As forColumns for results of the sums' own type, with stores past the cache.
+template <class T, class Op>
+HWY_INLINE void streamColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, const Op& op) {
+    const int secondHalf = intermediateStride(size.width);
+    for (int y = 0; y < size.height; ++y) {
+        T* const out = row(pDst, dstStep, y);
+        const T* const* const rows = pRows + y;
+        forVectorsInto<true>(out, hn::ScalableTag<T>(), size_t(size.width),
+                             [&op, out, rows, secondHalf](auto d, size_t x, auto store) HWY_ATTR {
+                                 store(op(d, Column<decltype(d)>{rows, x, secondHalf}, out + x), d, out + x);
+                             });
+    }
+    finishStores<true>();
+}
+
+// The result is the sum itself.
+template <class Formula, class T>
+void filterColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, bool streaming) {
+    const auto sum = [](auto, const auto& column, const T*) HWY_ATTR { return Formula()(column); };
+    streaming ? streamColumns(pRows, pDst, dstStep, size, sum) : forColumns(pRows, pDst, dstStep, size, sum);
+}
+
+// The result is added to what the destination holds: the second pass of the 5x5 Laplacian.
+template <class Formula, class T>
+void addColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, bool) {
+    forColumns(pRows, pDst, dstStep, size, [](auto d, const auto& column, const T* out) HWY_ATTR {
+        return hn::Add(hn::LoadU(d, out), Formula()(column));
+    });
+}
+
+// The mean of 32f sums, by a factor of single precision.
+template <class Formula>
+constexpr Qel32f kMeanFactor = Formula::kTaps == 3 ? 0.11111111F : 0.04F;
+
+template <class Formula>
+void averageColumns(const Qel32f* const* pRows, Qel32f* pDst, int dstStep, QelSize size, int, bool streaming) {
+    const auto mean = [](auto d, const auto& column, const Qel32f*)
+                          HWY_ATTR { return hn::Mul(Formula()(column), hn::Set(d, kMeanFactor<Formula>)); };
+    streaming ? streamColumns(pRows, pDst, dstStep, size, mean) : forColumns(pRows, pDst, dstStep, size, mean);
+}
+
+// The mean of nine bytes, rounded, or of 25 bytes, not rounded: 25 times 255 gives 254.
+struct MeanOf8u {
+    Qel16u half;
+    Qel16u factor;  // of 65536
+};
+template <class Formula>
+constexpr MeanOf8u kMeanOf8u = Formula::kTaps == 3 ? MeanOf8u{5, 7280} : MeanOf8u{0, 2621};
+
+template <class Formula>
+void averageColumnsTo8u(const Qel16s* const* pRows, Qel8u* pDst, int dstStep, QelSize size, int, bool) {
+    forColumns(pRows, pDst, dstStep, size, [](auto d, const auto& column, const Qel8u*) HWY_ATTR {
+        const hn::RebindToUnsigned<decltype(d)> du;
+        const auto sum = hn::Add(hn::BitCast(du, Formula()(column)), hn::Set(du, kMeanOf8u<Formula>.half));
+        const auto mean = hn::MulHigh(sum, hn::Set(du, kMeanOf8u<Formula>.factor));
+        return hn::DemoteTo(hn::Rebind<Qel8u, decltype(d)>(), hn::BitCast(d, mean));
+    });
+}
+
+// 8s results come in groups of so many. The samples of a row beyond its last full group truncate where the groups round
+// to even: both are documented results, so the size of a group is the same on every machine.
+constexpr int kGroup8s = 8;
+
+// Sums times a factor: rounded to even, saturated.
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE hn::Vec<hn::Rebind<Qel8s, D>> rounded(D d, V sum, Qel32f factor) {
+    const hn::Half<D> half;
+    const hn::Rebind<Qel32s, decltype(half)> d32;
+    const hn::Rebind<Qel32f, decltype(half)> df;
+    const auto quotient = [=](auto part) HWY_ATTR {
+        const auto product = hn::Mul(hn::ConvertTo(df, hn::PromoteTo(d32, part)), hn::Set(df, factor));
+        return hn::DemoteTo(half, hn::NearestInt(product));
+    };
+    const auto low = quotient(hn::LowerHalf(half, sum));
+    const auto high = quotient(hn::UpperHalf(half, sum));
+    return hn::DemoteTo(hn::Rebind<Qel8s, D>(), hn::Combine(d, high, low));
+}
+
+// A sum times a factor: clamped, truncated.
+HWY_INLINE Qel8s truncated(Qel16s sum, Qel32f factor) {
+    return static_cast<Qel8s>(HWY_MIN(HWY_MAX(static_cast<Qel32f>(sum) * factor, -128.0F), 127.0F));
+}
+
+template <class Formula>
+void divideColumns(const Qel16s* const* pRows, Qel8s* pDst, int dstStep, QelSize size, int divisor, bool) {
+    const Qel32f factor = 1.0F / static_cast<Qel32f>(divisor);
+    const int secondHalf = intermediateStride(size.width);
+    const size_t grouped = static_cast<size_t>(size.width / kGroup8s * kGroup8s);
+    for (int y = 0; y < size.height; ++y) {
+        Qel8s* out = row(pDst, dstStep, y);
+        const Qel16s* const* rows = pRows + y;
+        forGroups<kGroup8s>(hn::ScalableTag<Qel16s>(), grouped, [=](auto d, size_t x) HWY_ATTR {
+            const auto sum = Formula()(Column<decltype(d)>{rows, x, secondHalf});
+            hn::StoreU(rounded(d, sum, factor), hn::Rebind<Qel8s, decltype(d)>(), out + x);
+        });
+        const hn::FixedTag<Qel16s, 1> one;
+        for (size_t x = grouped; x < size_t(size.width); ++x)
+            out[x] = truncated(hn::GetLane(Formula()(Column<decltype(one)>{rows, x, secondHalf})), factor);
+    }
+}
+
+void divideRows(const Qel16s* pSrc, int srcStep, Qel8s* pDst, int dstStep, QelSize size, int divisor) {
+    const Qel32f factor = 1.0F / static_cast<Qel32f>(divisor);
+    for (int y = 0; y < size.height; ++y) {
+        const Qel16s* sums = row(pSrc, srcStep, y);
+        Qel8s* out = row(pDst, dstStep, y);
+        forVectors(hn::ScalableTag<Qel32f>(), size_t(size.width), [=](auto df, size_t x) HWY_ATTR {
+            const hn::RebindToSigned<decltype(df)> d32;
+            const hn::Rebind<Qel16s, decltype(df)> d16;
+            const hn::Rebind<Qel8s, decltype(df)> d8;
+            const auto product =
+                hn::Mul(hn::ConvertTo(df, hn::PromoteTo(d32, hn::LoadU(d16, sums + x))), hn::Set(df, factor));
+            const auto clamped = hn::Min(hn::Max(product, hn::Set(df, -128.0F)), hn::Set(df, 127.0F));
+            hn::StoreU(hn::DemoteTo(d8, hn::ConvertTo(d32, clamped)), d8, out + x);
+        });
+    }
+}
+
+}  // namespace
+
+constexpr auto& ownFilterColumnPipeline_16s_C1R_3x3_kerScharr_W7cn = filterColumns<Scharr3, Qel16s>;
+constexpr auto& ownFilterColumnPipeline_16s_C1R_3x3_kerDx_W7cn = filterColumns<Dx3, Qel16s>;
+constexpr auto& ownFilterColumnPipeline_16s_C1R_3x3_kerSobel_W7cn = filterColumns<Sobel3, Qel16s>;
+constexpr auto& ownFilterColumnPipeline_16s_C1R_5x5_kerSobel_W7cn = filterColumns<Sobel5, Qel16s>;
+constexpr auto& ownFilterColumnPipeline_16s_C1R_5x5_kerDx_W7cn = filterColumns<Dx5, Qel16s>;
+constexpr auto& ownFilterColumnPipeline_16s_C1R_3x3_kerDx2_W7cn = filterColumns<D2x3, Qel16s>;
+constexpr auto& ownFilterColumnPipeline_16s_C1R_5x5_kerDx2_W7cn = filterColumns<D2x5, Qel16s>;
+constexpr auto& ownFilterColumnPipeline_16s_C1R_3x3_kerLaplacian_W7cn = filterColumns<Laplacian3, Qel16s>;
+constexpr auto& ownFilterColumnPipeline_16s_C1R_5x5_kerLaplacian_W7cn = addColumns<Sobel5, Qel16s>;
+constexpr auto& ownFilterColumnPipeline_16s_C1R_3x3_kerSobelNeg_W7cn = filterColumns<SobelNeg3, Qel16s>;
+constexpr auto& ownFilterColumnPipeline_16s_C1R_5x5_kerSobelNeg_W7cn = filterColumns<SobelNeg5, Qel16s>;
+
+constexpr auto& ownFilterColumnPipeline_16s8s_C1R_3x3_kerScharr_W7cn = divideColumns<Scharr3>;
+constexpr auto& ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx_W7cn = divideColumns<Dx3>;
+constexpr auto& ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobel_W7cn = divideColumns<Sobel3>;
+constexpr auto& ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobel_W7cn = divideColumns<Sobel5>;
+constexpr auto& ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx_W7cn = divideColumns<Dx5>;
+constexpr auto& ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx2_W7cn = divideColumns<D2x3>;
+constexpr auto& ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx2_W7cn = divideColumns<D2x5>;
+constexpr auto& ownFilterColumnPipeline_16s8s_C1R_3x3_kerLaplacian_W7cn = divideColumns<Laplacian3>;
+constexpr auto& ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobelNeg_W7cn = divideColumns<SobelNeg3>;
+constexpr auto& ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobelNeg_W7cn = divideColumns<SobelNeg5>;
+
+constexpr auto& ownFilterColumnPipeline_16s8u_C1R_3x3_kerAvr_W7cn = averageColumnsTo8u<Avr3>;
+constexpr auto& ownFilterColumnPipeline_16s8u_C1R_5x5_kerAvr_W7cn = averageColumnsTo8u<Avr5>;
+
+constexpr auto& ownFilterColumnPipeline_32f_C1R_3x3_kerScharr_W7cn = filterColumns<Scharr3, Qel32f>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_3x3_kerDx_W7cn = filterColumns<Dx3, Qel32f>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_3x3_kerSobel_W7cn = filterColumns<Sobel3, Qel32f>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_5x5_kerSobel_W7cn = filterColumns<Sobel5, Qel32f>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_5x5_kerDx_W7cn = filterColumns<Dx5, Qel32f>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_3x3_kerDx2_W7cn = filterColumns<D2x3, Qel32f>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_5x5_kerDx2_W7cn = filterColumns<D2x5, Qel32f>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_3x3_kerLaplacian_W7cn = filterColumns<Laplacian3, Qel32f>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_5x5_kerLaplacian_W7cn = addColumns<Sobel5, Qel32f>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_3x3_kerAvr_W7cn = averageColumns<Avr3>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_5x5_kerAvr_W7cn = averageColumns<Avr5>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_3x3_kerSobelNeg_W7cn = filterColumns<SobelNeg3, Qel32f>;
+constexpr auto& ownFilterColumnPipeline_32f_C1R_5x5_kerSobelNeg_W7cn = filterColumns<SobelNeg5, Qel32f>;
+
+constexpr auto& ownDivide_16s8s_C1R_W7 = divideRows;
+
+}  // namespace HWY_NAMESPACE
+}  // namespace qel
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace qel {
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerScharr_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerDx_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerSobel_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_5x5_kerSobel_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_5x5_kerDx_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerDx2_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_5x5_kerDx2_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerLaplacian_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_5x5_kerLaplacian_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerSobelNeg_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_5x5_kerSobelNeg_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerScharr_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobel_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobel_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx2_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx2_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerLaplacian_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobelNeg_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobelNeg_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8u_C1R_3x3_kerAvr_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_16s8u_C1R_5x5_kerAvr_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerScharr_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerDx_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerSobel_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerSobel_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerDx_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerDx2_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerDx2_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerLaplacian_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerLaplacian_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerAvr_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerAvr_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerSobelNeg_W7cn);
+QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerSobelNeg_W7cn);
+QEL_KERNEL(ownDivide_16s8s_C1R_W7);
+}  // namespace qel
+#endif
