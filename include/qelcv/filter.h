@@ -483,7 +483,45 @@ QEL_API qelStatus qeliGenSobelKernel_16s(Qel16s* pKernel, int kernelSize, int dx
 QEL_API qelStatus qeliGenSobelKernel_32f(Qel32f* pKernel, int kernelSize, int dx, int sign);
 /** @} */
 
-/* Gaussian filter */
+/**
+ * @name Gaussian filter
+ *
+ * Correlates the image, extended by a border, with a Gaussian of kernelSize taps across and down. With a = kernelSize /
+ * 2, tap i is exp(-(i - a)^2 / (2 sigma^2)), rounded to single precision and divided by the sum of all taps, which is
+ * added up in single precision from tap 0 on. Rows go through qeliFilterRowBorderPipeline_32f_C1R, then columns through
+ * qeliFilterColumnPipeline_32f_C1R: results are theirs to the bit.
+ *
+ * @param pSrc        first sample of the source region
+ * @param srcStep, dstStep  bytes from one row to the next: at least a row's bytes and a multiple of the sample size
+ * @param pDst        first sample of the result
+ * @param roiSize     region in pixels, at least 1 by 1; it may be smaller than the kernel
+ * @param kernelSize  number of taps, odd, at least 3
+ * @param sigma       standard deviation in pixels; it is not tested, and 0 gives NaNs
+ * @param borderMode  how the image is extended, a QelBorderMode. Added to it, 0x10 says that kernelSize / 2 rows above
+ * the region lie in memory and are read as they are, 0x20 says so of the rows below. Left and right always follow the
+ * mode. A single row or column repeats itself, unless the mode is qelBorderConst.
+ * @param borderValue the constant of qelBorderConst; else not read. Down the columns it stands for filtered rows.
+ * @param pBuffer     scratch of the size that qeliFilterGaussGetBufferSize_32f_C1R tells for the same region and
+ * kernel, at any address and with any contents
+ * @param pBufferSize receives the bytes
+ *
+ * @retval qelStatusOk           the region is written. A step that is shorter than its row in bytes, although not below
+ *                               the width in pixels, or that is not a multiple of the sample size, leaves it as it was.
+ * @retval qelStatusNullPointer  a pointer is null
+ * @retval qelStatusBadSize      width or height below 1
+ * @retval qelStatusBadStep      a step is below the width in pixels
+ * @retval qelStatusBadArg       kernelSize is below 3 or even; then borderMode is none of the five
+ * @retval qelStatusOverflow     the scratch is beyond the range of int
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. Rows go to OpenMP threads as the row
+ * pipeline has it; their number does not change the result.
+ */
+/** @{ */
+QEL_API qelStatus qeliFilterGaussBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                QelSize roiSize, int kernelSize, Qel32f sigma, int borderMode,
+                                                Qel32f borderValue, Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterGaussGetBufferSize_32f_C1R(QelSize roiSize, int kernelSize, int* pBufferSize);
+/** @} */
 
 #ifdef __cplusplus
 }

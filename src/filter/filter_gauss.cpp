@@ -1,0 +1,121 @@
+#include <algorithm>
+#include <cmath>
+
+#include "filter/border_mode.h"
+#include "filter/pipeline_scratch.h"
+#include "frame/check.h"
+#include "qelcv/filter.h"
+
+namespace qel {
+namespace {
+
+// The documented pieces of the scratch. The pipelines' parts are as large as their own queries say.
+struct GaussScratch {
+    GaussScratch(void* pBuffer, QelSize roiSize, int kernelSize)
+        : stride((roiSize.width + kernelSize + 3) & ~3), rowCount(roiSize.height + kernelSize) {
+        Carver carver(pBuffer);
+        constantLine = carver.take<Qel32f>((roiSize.width + kernelSize + 7) & ~7);
+        kernel = carver.take<Qel32f>((kernelSize + 3) & ~3);
+        image = carver.take<Qel32f>(int64_t{stride} * rowCount);
+        rowScratch = carver.take<Qel8u>(rowScratchBytes(roiSize, kernelSize));
+        columnScratch = carver.take<Qel8u>(kColumnScratchBytes);
+        rows = carver.take<Qel32f*>(rowCount);
+    }
+
+    static int64_t bytes(QelSize roiSize, int kernelSize) {
+        const int64_t width = int64_t{roiSize.width} + kernelSize;
+        const int64_t height = int64_t{roiSize.height} + kernelSize;
+        return alignUp(width, 8) * 4 + alignUp(int64_t{kernelSize}, 4) * 4 + 32 + alignUp(width, 4) * height * 4 + 64 +
+               rowScratchBytes(roiSize, kernelSize) + 32 + kColumnScratchBytes + 32 + height * int64_t{sizeof(void*)} +
+               32;
+    }
+
+    static int64_t rowScratchBytes(QelSize roiSize, int kernelSize) {
+        return PipelineScratch(roiSize, kernelSize, int64_t{kernelSize} * 64 + 64).bytes();
+    }
+    static constexpr int kColumnScratchBytes = 32;
+
+    int stride;
+    int rowCount;
+    Qel32f* constantLine;
+    Qel32f* kernel;
+    Qel32f* image;
+    Qel8u* rowScratch;
+    Qel8u* columnScratch;
+    Qel32f** rows;
+};
+
+bool isGaussSize(int kernelSize) { return kernelSize >= 3 && kernelSize % 2 == 1; }
+
+// The exponent has the precision of the x87, whatever the rest of the program computes with.
+void gaussKernel(Qel32f* pKernel, int kernelSize, Qel32f sigma) {
+    Qel32f sum = 0;
+    for (int i = 0; i < kernelSize; ++i) {
+        const long double d = i - kernelSize / 2;
+        const long double s = sigma;
+        pKernel[i] = static_cast<Qel32f>(std::exp(static_cast<double>(-(d * d) / (s * (s + s)))));
+    }
+    for (int i = 0; i < kernelSize; ++i) sum += pKernel[i];
+    for (int i = 0; i < kernelSize; ++i) pKernel[i] /= sum;
+}
+
+// A single row or column has nothing to mirror or to repeat but itself.
+int modeAlong(int length, int mode) { return length == 1 && mode != qelBorderConst ? qelBorderRepl : mode; }
+
+}  // namespace
+}  // namespace qel
+
+qelStatus qeliFilterGaussBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep, QelSize roiSize,
+                                        int kernelSize, Qel32f sigma, int borderMode, Qel32f borderValue,
+                                        Qel8u* pBuffer) {
+    using namespace qel;
+    const int mode = borderMode & ~(kRowsAboveInMemory | kRowsBelowInMemory);
+    // Steps are tested against the width in pixels. The pipelines test them in bytes: what they refuse is not filtered.
+    const qelStatus status = Check()
+                                 .pointers(pSrc, pDst, pBuffer)
+                                 .size(roiSize)
+                                 .stepSizes(rowOf<Qel8u>(roiSize.width), srcStep, dstStep)
+                                 .require(isGaussSize(kernelSize), qelStatusBadArg)
+                                 .require(isBorderMode(mode), qelStatusBadArg)
+                                 .status();
+    if (status != qelStatusOk) return status;
+
+    const GaussScratch scratch(pBuffer, roiSize, kernelSize);
+    gaussKernel(scratch.kernel, kernelSize, sigma);
+
+    // Row y of the list, from `reach` rows above the region to as many below, is a row of its own or stands for one.
+    const int reach = kernelSize / 2;
+    const int first = borderMode & kRowsAboveInMemory ? -reach : 0;
+    const int last = roiSize.height + (borderMode & kRowsBelowInMemory ? reach : 0);
+    Qel32f** const list = scratch.rows + reach;
+    for (int y = first; y < last; ++y) list[y] = scratch.image + std::ptrdiff_t{scratch.stride} * (y + reach);
+    const auto standIn = [&](int y) {
+        const int index = extendedIndex(modeAlong(roiSize.height, mode), y, roiSize.height);
+        return index == kConstantSample ? scratch.constantLine : list[index];
+    };
+    if (mode == qelBorderConst) std::fill_n(scratch.constantLine, roiSize.width, borderValue);
+    for (int y = -reach; y < first; ++y) list[y] = standIn(y);
+    for (int y = last; y < roiSize.height + reach; ++y) list[y] = standIn(y);
+
+    // The row pipeline's scratch is for the rows of the region: rows beyond it are filtered in batches of so many.
+    for (int y = first; y < last; y += roiSize.height) {
+        const QelSize batch = {roiSize.width, std::min(roiSize.height, last - y)};
+        const qelStatus filtered = qeliFilterRowBorderPipeline_32f_C1R(
+            row(pSrc, srcStep, y), srcStep, list + y, batch, scratch.kernel, kernelSize, reach,
+            modeAlong(roiSize.width, mode), borderValue, scratch.rowScratch);
+        if (filtered != qelStatusOk) return qelStatusOk;
+    }
+    qeliFilterColumnPipeline_32f_C1R(scratch.rows, pDst, dstStep, roiSize, scratch.kernel, kernelSize,
+                                     scratch.columnScratch);
+    return qelStatusOk;
+}
+
+qelStatus qeliFilterGaussGetBufferSize_32f_C1R(QelSize roiSize, int kernelSize, int* pBufferSize) {
+    const qelStatus status = qel::Check()
+                                 .pointers(pBufferSize)
+                                 .size(roiSize)
+                                 .require(qel::isGaussSize(kernelSize), qelStatusBadArg)
+                                 .status();
+    if (status != qelStatusOk) return status;
+    return qel::writeBufferSize(qel::GaussScratch::bytes(roiSize, kernelSize), pBufferSize);
+}
