@@ -24,7 +24,16 @@ struct Scene {
     static constexpr int kMargin = 2;
 
     explicit Scene(kit::Trial& trial)
-        : image(trial, {trial.size.width, trial.size.height + 2 * kMargin}), size(trial.size) {}
+        : image(trial, {trial.size.width, trial.size.height + 2 * kMargin}), size(trial.size) {
+        // Where two NaNs meet, either may survive; those that infinities make are all the same. Infinities stand
+        // apart, so that not every result is a NaN.
+        if constexpr (std::is_floating_point_v<T>) {
+            for (int y = 0; y < image.size().height; ++y)
+                for (int x = 0; x < image.size().width; ++x)
+                    if (std::isnan(image.at(x, y)) || (std::isinf(image.at(x, y)) && (x % 7 != 0 || y % 3 != 0)))
+                        image.at(x, y) = trial.anySample<T>();
+        }
+    }
     const T* region() const { return &image.at(0, kMargin); }
 
     kit::Image<T> image;
@@ -281,7 +290,7 @@ void allAgree(const Call<S, D>& call, const SizeQuery& query, const Filter<S>& f
         for (uint32_t seed = 0; seed < 200; ++seed) {
             kit::Trial trial(seed);
             trial.setContent(seed % 3 == 0 ? kit::Content::kEnds : kit::Content::kRandom);
-            if (std::is_same_v<S, Qel32f>) trial.setContent(kit::Content::kRandom);
+            if (std::is_same_v<S, Qel32f> && seed % 3 == 0) trial.setContent(kit::Content::kSpecial);
             ASSERT_NO_FATAL_FAILURE(agrees(call, query, filter, trial, params(mask)));
         }
         // Regions that go to threads, and one that is streamed.
