@@ -66,13 +66,6 @@ public:
         }
     }
 
-    // The bytes that the strips take at most, whatever the width of the rows.
-    static int64_t bytes(int kernelSize, int channels) {
-        const int64_t reach = int64_t{kernelSize - 1} * channels;
-        return alignUp(int64_t{kernelSize - 1} * int64_t{sizeof(int)}, Carver::kAlignment) +
-               alignUp((3 * reach + 2 * (kGroup - 1)) * int64_t{sizeof(T)}, Carver::kAlignment) + Carver::kAlignment;
-    }
-
     // Takes the ends of this row.
     void fill(const T* row) {
         if (whole_) {

@@ -27,7 +27,8 @@ struct Form : rows::FormOf<Qel16s, Qel16s, Qel16s, channels, function, bufferSiz
             for (size_t i = 1; i < s.size(); ++i) sum += float(s[i]) * float(taps[i]);
             return Qel16s(rows::truncated16s(sum * reciprocal));
         }
-        std::vector<float> scaled;
+        static std::vector<float> scaled;
+        scaled.clear();
         for (const Qel16s k : taps) scaled.push_back(float(k) * reciprocal);
         const bool leftOver = channels == 1 && place.index >= place.count / 8 * 8;
         const float sum = interiorSum(s, taps, scaled, leftOver);
