@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "qelcv/types.h"
 
@@ -16,6 +17,14 @@ template <class T>
 inline T* row(T* p, int step, int y) {
     using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
     return reinterpret_cast<T*>(reinterpret_cast<Byte*>(p) + static_cast<std::ptrdiff_t>(step) * y);
+}
+
+// A sample at any address: a region need not be aligned to its samples.
+template <class T>
+inline T sampleAt(const T* p) {
+    T sample;
+    std::memcpy(&sample, p, sizeof(T));
+    return sample;
 }
 
 // Pixels of a region as a signed 32-bit product that wraps: a region too large to count compares as negative and so

@@ -100,7 +100,7 @@ bool isConstant(const Samples<Qel32f>& in, Layout layout) {
         for (int x = 0; x < in.roiSize.width; ++x, p += layout.channels) {
             if (layout.masked && mask[x] == 0) continue;
             if (first == nullptr) first = p;
-            if (*p != *first) return false;
+            if (sampleAt(p) != sampleAt(first)) return false;
         }
     }
     return true;

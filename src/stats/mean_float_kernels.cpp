@@ -60,7 +60,8 @@ public:
         return fromBlocks<4>(D(), [&](int r) HWY_ATTR {
             const int y = first + r * spacing;
             const bool taken = !kMasked || maskRow(y)[x] != 0;
-            const Qel32f value = taken ? op_(srcRow(y)[kChannels == 1 ? x : 3 * x + size_t(samples_.coi) - 1]) : 0;
+            const Qel32f value =
+                taken ? op_(sampleAt(srcRow(y) + (kChannels == 1 ? x : 3 * x + size_t(samples_.coi) - 1))) : 0;
             return hn::IfThenElseZero(hn::FirstN(D4(), 1), hn::Set(D4(), value));
         });
     }
@@ -282,7 +283,7 @@ void sumChannelMasked(const Samples<Qel32f>& samples, Sums* pSums) {
                 waiting += hn::CountTrue(d, taken);
                 x += N;
             } else {
-                gathered[waiting] = p[3 * x + static_cast<size_t>(samples.coi) - 1];
+                gathered[waiting] = sampleAt(p + 3 * x + (samples.coi - 1));
                 waiting += mask[x++] != 0;
             }
             if (waiting >= kTogether) {
