@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <random>
 
 #include "kit/bandwidth.h"
 #include "peers/opencv.h"
@@ -192,9 +193,14 @@ Result Contest::hold(const Effort& effort) {
     for (Competitor& c : competitors) roundSeconds += c.calibrate(effort.sampleSeconds);
     const int most = std::max(int(effort.totalSeconds / roundSeconds), 3);
     result_.rounds = std::min(effort.rounds, most);
+    // Each round has an order of its own, lest a rhythm of the system, or the images that another one left in the
+    // cache, always meet the same one.
+    std::vector<Competitor*> order;
+    for (Competitor& c : competitors) order.push_back(&c);
+    std::minstd_rand random;
     for (int round = 0; round < result_.rounds; ++round) {
-        // Another one begins each round, lest a rhythm of the system always meet the same one.
-        for (size_t i = 0; i < competitors.size(); ++i) competitors[(round + i) % competitors.size()].sample();
+        std::ranges::shuffle(order, random);
+        for (Competitor* c : order) c->sample();
     }
 
     const std::vector<double>& oursSeconds = competitors[0].secondsPerCall;

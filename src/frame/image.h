@@ -49,6 +49,18 @@ constexpr RowOf rowOf(int width, int channels = 1) {
     return {int64_t{width} * channels * static_cast<int>(sizeof(T)), static_cast<int>(sizeof(T))};
 }
 
+// True where the rows of an image follow each other without gaps.
+template <class T>
+inline bool isGapless(const T*, int step, int width, int channels = 1) {
+    return step == rowOf<T>(width, channels).bytes;
+}
+
+// A region whose images are all gapless, as one row, where an int can count it. Saves kernels the ends of short rows.
+inline QelSize joinRows(QelSize size, bool gapless) {
+    const int64_t pixels = int64_t{size.width} * size.height;
+    return gapless && pixels <= INT_MAX ? QelSize{static_cast<int>(pixels), 1} : size;
+}
+
 }  // namespace qel
 
 #endif

@@ -57,6 +57,14 @@ void forEachRow(int height, bool parallel, const Work& work) {
     for (int y = 0; y < height; ++y) work(y);
 }
 
+// Calls work(thread, team) on each thread of a team of at most `threads`.
+template <class Work>
+void onThreads(int threads, const Work& work) {
+    if (threads <= 1) return work(0, 1);
+#pragma omp parallel num_threads(threads)
+    work(owncvGetIdThreads(), owncvGetNumThreads());
+}
+
 // As forRows for work that returns a Partial. *pTotal becomes the result of the one run or, in parallel, that of thread
 // 0 with those of the other threads merged into it in thread order by merge(total, partial). A thread without rows
 // counts as Partial(), the neutral value.
