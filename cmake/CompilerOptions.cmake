@@ -17,6 +17,9 @@ set(CMAKE_C_FLAGS_RELEASE "-O2 -DNDEBUG")
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 
 add_compile_options(-Wall -Wextra -mssse3 -ffp-contract=off)
+# GCC 12 drops a rounding from double to float and back when it joins two of them into a vector (`t[0] = float(a[0])`,
+# `t[1] = float(a[1])` with doubles t and a).
+add_compile_options(-fno-tree-slp-vectorize)
 add_link_options(-Wl,--as-needed)
 
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)

@@ -272,7 +272,254 @@ QEL_API qelStatus qeliAddWeighted_32f_C1R(const Qel32f* pSrc1, int src1Step, con
                                           Qel32f* pDst, int dstStep, QelSize roiSize, Qel32f alpha);
 /** @} */
 
-/* Norms */
+/**
+ * @name Masked norms of an image: the largest magnitude (Inf), their sum (L1), the root of the sum of squares (L2)
+ *
+ * An empty mask gives 0. The magnitude of -128 is 128. Samples that the mask leaves out take no part, whatever they
+ * are. 8u, 8s, and Inf and L1 of 16u are exact before the root is taken in double precision. Inf of 32f is exact and
+ * passes over NaN.
+ *
+ * L2 of 16u squares each sample in single precision. Along each row, blocks of 32 samples, then one each of 16, 8 and
+ * 4, are taken as vectors of 4 squares, which are added in single precision as halves of halves:
+ * ((0 + 1) + (2 + 3)) + ((4 + 5) + (6 + 7)). The four sums and the squares of single samples that are left are added
+ * up in double precision.
+ *
+ * L1 and L2 of 32f add along each row in single precision, in two times four lanes: a sample goes to the lane of its
+ * place in each eight, those of a last four to the first four lanes, and single samples that are left to the first
+ * lane. At the row's end both fours are added, then lanes 2 and 3 to lanes 0 and 1, and those two to double-precision
+ * sums of their own. These two are added after the last row and rounded to single precision, from which the root is
+ * taken in double precision.
+ *
+ * @param pSrc          first sample of the source region; C3: three interleaved channels
+ * @param srcStep       bytes from one row to the next: at least a row's bytes and a multiple of the sample size
+ * @param pMask         first byte of the mask: a byte per pixel, also for C3; a pixel counts where it is not zero
+ * @param maskStep      bytes from one row of the mask to the next, at least the width
+ * @param roiSize       region in pixels, at least 1 by 1
+ * @param coi           C3: the channel that is taken, 1, 2 or 3
+ * @param pValue        the norm
+ *
+ * @retval qelStatusOk                      the norm is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step of an image is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  16u, 32f: a step of an image is not a multiple of the sample size
+ * @retval qelStatusBadStep                 the step of the mask is shorter than its row
+ * @retval qelStatusBadChannel              C3: coi is not 1, 2 or 3
+ * @retval qelStatusNoMemory                more than 32 threads, and no memory for a table of their results
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. Large regions go to OpenMP threads,
+ * whose sums are added in their order in double precision. Their number changes the last bits of L2 of 16u and of L1
+ * and L2 of 32f, and nothing else.
+ */
+/** @{ */
+QEL_API qelStatus qeliNorm_Inf_8u_C1MR(const Qel8u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                       QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_Inf_8u_C3CMR(const Qel8u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                        QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_Inf_8s_C1MR(const Qel8s* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                       QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_Inf_8s_C3CMR(const Qel8s* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                        QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_Inf_16u_C1MR(const Qel16u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                        QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_Inf_16u_C3CMR(const Qel16u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                         QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_Inf_32f_C1MR(const Qel32f* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                        QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_Inf_32f_C3CMR(const Qel32f* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                         QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L1_8u_C1MR(const Qel8u* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                      Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L1_8u_C3CMR(const Qel8u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                       QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L1_8s_C1MR(const Qel8s* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                      Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L1_8s_C3CMR(const Qel8s* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                       QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L1_16u_C1MR(const Qel16u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                       QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L1_16u_C3CMR(const Qel16u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                        QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L1_32f_C1MR(const Qel32f* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                       QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L1_32f_C3CMR(const Qel32f* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                        QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L2_8u_C1MR(const Qel8u* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                      Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L2_8u_C3CMR(const Qel8u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                       QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L2_8s_C1MR(const Qel8s* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize,
+                                      Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L2_8s_C3CMR(const Qel8s* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                       QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L2_16u_C1MR(const Qel16u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                       QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L2_16u_C3CMR(const Qel16u* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                        QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L2_32f_C1MR(const Qel32f* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                       QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNorm_L2_32f_C3CMR(const Qel32f* pSrc, int srcStep, const Qel8u* pMask, int maskStep,
+                                        QelSize roiSize, int coi, Qel64f* pValue);
+/** @} */
+
+/**
+ * @name Masked norms of the difference of two images: those of |pSrc1[x, y] - pSrc2[x, y]|
+ *
+ * As the norms of an image above, except for what follows. The difference of integers is exact; that of 8s has a
+ * magnitude of up to 255. 32f subtracts in single precision, and adds along each row in four lanes: a sample goes to
+ * the lane of its place in each four, single samples that are left to the first lane.
+ *
+ * @param pSrc1, pSrc2  first sample of each source region; C3: three interleaved channels
+ * @param src1Step, src2Step  bytes from one row to the next: at least a row's bytes and a multiple of the sample size
+ * @param pMask         first byte of the mask: a byte per pixel, also for C3; a pixel counts where it is not zero
+ * @param maskStep      bytes from one row of the mask to the next, at least the width
+ * @param roiSize       region in pixels, at least 1 by 1
+ * @param coi           C3: the channel that is taken, 1, 2 or 3
+ * @param pValue        the norm
+ *
+ * @retval qelStatusOk                      the norm is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step of an image is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  16u, 32f: a step of an image is not a multiple of the sample size
+ * @retval qelStatusBadStep                 the step of the mask is shorter than its row
+ * @retval qelStatusBadChannel              C3: coi is not 1, 2 or 3
+ * @retval qelStatusNoMemory                more than 32 threads, and no memory for a table of their results
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. Large regions go to OpenMP threads;
+ * their number changes the last bits of L2 of 16u, and nothing else.
+ */
+/** @{ */
+QEL_API qelStatus qeliNormDiff_Inf_8u_C1MR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_Inf_8u_C3CMR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                            const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_Inf_8s_C1MR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_Inf_8s_C3CMR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                            const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_Inf_16u_C1MR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                            const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_Inf_16u_C3CMR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                             const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,
+                                             Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_Inf_32f_C1MR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                            const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_Inf_32f_C3CMR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                             const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,
+                                             Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L1_8u_C1MR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L1_8u_C3CMR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L1_8s_C1MR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L1_8s_C3CMR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L1_16u_C1MR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L1_16u_C3CMR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                            const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L1_32f_C1MR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L1_32f_C3CMR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                            const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L2_8u_C1MR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L2_8u_C3CMR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L2_8s_C1MR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L2_8s_C3CMR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L2_16u_C1MR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L2_16u_C3CMR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                            const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L2_32f_C1MR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormDiff_L2_32f_C3CMR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                            const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+/** @} */
+
+/**
+ * @name Masked relative norms: the norm of the difference of two images, divided by that of the second one
+ *
+ * Both are those above, without the root; of 32f both are added in the manner of the difference. They are divided in
+ * double precision, and L2 then takes the root. If that of the second image is zero, the result is a NaN where that
+ * of the difference is zero, too, infinity where it is greater, and negative infinity where it is a NaN.
+ *
+ * @param pSrc1, pSrc2  first sample of each source region; C3: three interleaved channels
+ * @param src1Step, src2Step  bytes from one row to the next: at least a row's bytes and a multiple of the sample size
+ * @param pMask         first byte of the mask: a byte per pixel, also for C3; a pixel counts where it is not zero
+ * @param maskStep      bytes from one row of the mask to the next, at least the width
+ * @param roiSize       region in pixels, at least 1 by 1
+ * @param coi           C3: the channel that is taken, 1, 2 or 3
+ * @param pValue        the norm
+ *
+ * @retval qelStatusOk                      the norm is written
+ * @retval qelStatusDivideByZero            warning: the norm of the second image is zero; the value above is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step of an image is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  16u, 32f: a step of an image is not a multiple of the sample size
+ * @retval qelStatusBadStep                 the step of the mask is shorter than its row
+ * @retval qelStatusBadChannel              C3: coi is not 1, 2 or 3
+ * @retval qelStatusNoMemory                more than 32 threads, and no memory for a table of their results
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. Large regions go to OpenMP threads;
+ * their number changes the last bits of L2 of 16u, and nothing else.
+ */
+/** @{ */
+QEL_API qelStatus qeliNormRel_Inf_8u_C1MR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_Inf_8u_C3CMR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_Inf_8s_C1MR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_Inf_8s_C3CMR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_Inf_16u_C1MR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_Inf_16u_C3CMR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                            const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_Inf_32f_C1MR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_Inf_32f_C3CMR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                            const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L1_8u_C1MR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                         const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L1_8u_C3CMR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L1_8s_C1MR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                         const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L1_8s_C3CMR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L1_16u_C1MR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L1_16u_C3CMR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L1_32f_C1MR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L1_32f_C3CMR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L2_8u_C1MR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                         const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L2_8u_C3CMR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L2_8s_C1MR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                         const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L2_8s_C3CMR(const Qel8s* pSrc1, int src1Step, const Qel8s* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L2_16u_C1MR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L2_16u_C3CMR(const Qel16u* pSrc1, int src1Step, const Qel16u* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L2_32f_C1MR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                          const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue);
+QEL_API qelStatus qeliNormRel_L2_32f_C3CMR(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step,
+                                           const Qel8u* pMask, int maskStep, QelSize roiSize, int coi, Qel64f* pValue);
+/** @} */
 
 /**
  * @name Mean under a mask: *pMean = the sum of the samples where the mask is not zero, divided by their number
