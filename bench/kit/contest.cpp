@@ -116,6 +116,9 @@ double Contest::bytesPerPixel(const Entry& entry) {
 
 Contest::Contest(const Entry& entry, std::string sizeName, QelSize size, int threads)
     : case_(size), result_{.name = entry.name, .sizeName = std::move(sizeName), .size = size, .threads = threads} {
+    // Ahead of the setup: scratch is as large as the thread limit asks for.
+    qelSetNumThreads(threads);
+    setPeerThreads(threads);
     entry.setupO3(case_);
     result_.bytesMoved = case_.moved_;
     case_.build_ = Case::Build::O2;
@@ -161,9 +164,6 @@ Runs Contest::bandwidthLimit() {
 }
 
 Result Contest::hold(const Effort& effort) {
-    qelSetNumThreads(result_.threads);
-    setPeerThreads(result_.threads);
-
     const Contents original = contents();
     case_.ours_(1);
     const Contents ours = contents();

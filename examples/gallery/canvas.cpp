@@ -96,6 +96,7 @@ Colour Canvas::get(int x, int y) const {
 }
 
 void Canvas::set(int x, int y, Colour colour) {
+    if (x < 0 || y < 0 || x >= width() || y >= height()) return;
     Qel32f* pixel = &pixels_.at(x, y);
     pixel[0] = colour.red;
     pixel[1] = colour.green;

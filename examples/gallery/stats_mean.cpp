@@ -44,7 +44,7 @@ void drawScale(Canvas& canvas, const Moments& m) {
     const auto column = [&](double gray) { return static_cast<int>(std::lround(gray / 255 * (canvas.width() - 1))); };
     for (int y = top; y < canvas.height(); ++y) {
         for (int x = 0; x < canvas.width(); ++x) {
-            const float gray = static_cast<float>(x) / static_cast<float>(canvas.width() - 1);
+            const float gray = static_cast<float>(x) / static_cast<float>(std::max(canvas.width() - 1, 1));
             canvas.set(x, y, {gray, gray, gray});
         }
     }
