@@ -40,8 +40,8 @@ void filterColumns(bench::Case& c) {
     const int slots = size.height + taps - 1;
     const Src** const rows = reinterpret_cast<const Src**>(c.scratch(sizeof(Src*) * size_t(slots)));
     for (int i = 0; i < slots; ++i) rows[i] = in.row(std::clamp(i - taps / 2, 0, size.height - 1));
-    std::vector<K> kernel;
-    for (int i = 0; i < taps; ++i) kernel.push_back(K(1 + std::min(i, taps - 1 - i)));
+    std::vector<K> kernel(static_cast<size_t>(taps));
+    for (int i = 0; i < taps; ++i) kernel[size_t(i)] = K(1 + std::min(i, taps - 1 - i));
     int bytes = 0;
     bufferSize(size, taps, &bytes);
     Qel8u* const buffer = reinterpret_cast<Qel8u*>(c.scratch(size_t(bytes)));

@@ -17,8 +17,9 @@ constexpr Qel32f kSigma = 2;
 std::vector<Qel32f> gaussKernel(int taps) {
     std::vector<Qel32f> k(static_cast<size_t>(taps));
     Qel32f sum = 0;
+    const int reach = taps / 2;
     for (int i = 0; i < taps; ++i) {
-        const Qel32f d = static_cast<Qel32f>(i - taps / 2);
+        const Qel32f d = static_cast<Qel32f>(i - reach);
         sum += k[size_t(i)] = std::exp(-d * d / (2 * kSigma * kSigma));
     }
     for (Qel32f& tap : k) tap /= sum;

@@ -9,8 +9,8 @@ namespace {
 // Smoothing kernels whose sums stay within 16 bits where samples are bytes.
 template <class K>
 std::vector<K> smoothing(int taps) {
-    std::vector<K> kernel;
-    for (int i = 0; i < taps; ++i) kernel.push_back(K(1 + std::min(i, taps - 1 - i)));
+    std::vector<K> kernel(static_cast<size_t>(taps));
+    for (int i = 0; i < taps; ++i) kernel[size_t(i)] = K(1 + std::min(i, taps - 1 - i));
     return kernel;
 }
 
@@ -55,8 +55,8 @@ void filterRows(bench::Case& c) {
     int bytes = 0;
     bufferSize(size, taps, &bytes);
     Qel8u* const buffer = reinterpret_cast<Qel8u*>(c.scratch(size_t(bytes)));
-    std::vector<Out*> list;
-    for (int y = 0; y < size.height; ++y) list.push_back(out.row(y));
+    std::vector<Out*> list(static_cast<size_t>(size.height));
+    for (int y = 0; y < size.height; ++y) list[size_t(y)] = out.row(y);
     if (kFloat) c.tolerance(1e-6);
 
     c.ours([=] {

@@ -75,8 +75,8 @@ private:
 // Triangles, whose sums of both passes over noise of bytes stay below 16 bits up to 9 taps and saturate beyond.
 template <class K>
 std::vector<K> triangle(int taps) {
-    std::vector<K> kernel;
-    for (int i = 0; i < taps; ++i) kernel.push_back(K(1 + std::min(i, taps - 1 - i)));
+    std::vector<K> kernel(static_cast<size_t>(taps));
+    for (int i = 0; i < taps; ++i) kernel[size_t(i)] = K(1 + std::min(i, taps - 1 - i));
     return kernel;
 }
 

@@ -158,7 +158,7 @@ private:
     template <class F>
     static Runs looped(F f, bool* failed) {
         return [f, failed](int n) {
-            F call = f;
+            F call = f;  // NOLINT(performance-unnecessary-copy-initialization): it may change what it captured
             for (int i = 0; i < n; ++i) {
                 if constexpr (std::is_same_v<decltype(call()), qelStatus>) {
                     *failed |= call() < qelStatusOk;

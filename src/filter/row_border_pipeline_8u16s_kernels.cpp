@@ -140,7 +140,7 @@ private:
 
     const Qel16s* pKernel_;
     int size_;
-    int32_t own_[kMaxPairs];
+    int32_t own_[kMaxPairs] = {};
     int32_t* pairs_;
 };
 

@@ -118,7 +118,7 @@ public:
     HWY_INLINE NormSums sums() const {
         Qel64f totals[kSums];
         for (size_t i = 0; i < kSums; ++i) {
-            Qel64f lanes[4];
+            Qel64f lanes[4] = {};
             for (size_t half = 0; half < kHalves; ++half) hn::StoreU(totals_[i][half], D4(), lanes + 2 * half);
             totals[i] = (lanes[0] + lanes[2]) + (lanes[1] + lanes[3]);
         }

@@ -57,7 +57,7 @@ TEST_P(RowPipeline16s, StopsAtNullRows) {
 TEST_P(RowPipeline16s, SumsBeyond32Bits) {
     const std::vector<Qel16s> source(60, -32768);
     const std::vector<Qel16s> kernel(3, -32768);
-    Qel16s line[60];
+    Qel16s line[60] = {};
     Qel16s* const list[] = {line};
     Qel8u buffer[4096];
     ASSERT_EQ(qelStatusOk, qeliFilterRowBorderPipeline_16s_C1R(source.data(), 120, list, {60, 1}, kernel.data(), 3, 1,

@@ -38,7 +38,7 @@ TEST_P(RowPipeline8u16s, StopsAtNullRows) {
 // kernel of 7 taps.
 TEST_P(RowPipeline8u16s, EdgesTruncate) {
     const std::vector<Qel8u> source(20, 5);
-    Qel16s line[20];
+    Qel16s line[20] = {};
     Qel16s* const list[] = {line};
     Qel8u buffer[4096];
     const auto run = [&](std::vector<Qel16s> kernel) {
