@@ -49,9 +49,10 @@ bool isGaussSize(int kernelSize) { return kernelSize >= 3 && kernelSize % 2 == 1
 
 // The exponent has the precision of the x87, whatever the rest of the program computes with.
 void gaussKernel(Qel32f* pKernel, int kernelSize, Qel32f sigma) {
+    const int reach = kernelSize / 2;
     Qel32f sum = 0;
     for (int i = 0; i < kernelSize; ++i) {
-        const long double d = i - kernelSize / 2;
+        const long double d = i - reach;
         const long double s = sigma;
         pKernel[i] = static_cast<Qel32f>(std::exp(static_cast<double>(-(d * d) / (s * (s + s)))));
     }

@@ -229,7 +229,7 @@ void averageColumnsTo8u(const Qel16s* const* pRows, Qel8u* pDst, int dstStep, Qe
 
 // 8s results come in groups of so many. The samples of a row beyond its last full group truncate where the groups round
 // to even: both are documented results, so the size of a group is the same on every machine.
-constexpr int kGroup8s = 8;
+constexpr size_t kGroup8s = 8;
 
 // Sums times a factor: rounded to even, saturated.
 template <class D, class V = hn::Vec<D>>
@@ -255,7 +255,7 @@ template <class Formula>
 void divideColumns(const Qel16s* const* pRows, Qel8s* pDst, int dstStep, QelSize size, int divisor, bool) {
     const Qel32f factor = 1.0F / static_cast<Qel32f>(divisor);
     const int secondHalf = intermediateStride(size.width);
-    const size_t grouped = static_cast<size_t>(size.width / kGroup8s * kGroup8s);
+    const size_t grouped = static_cast<size_t>(size.width) / kGroup8s * kGroup8s;
     for (int y = 0; y < size.height; ++y) {
         Qel8s* out = row(pDst, dstStep, y);
         const Qel16s* const* rows = pRows + y;

@@ -47,6 +47,8 @@ struct BySize {
         return filter.kernelSize == 3 ? three : filter.kernelSize == 5 ? five : any;
     }
 };
+template <class Fn>
+BySize(const Kernel<Fn>&, const Kernel<Fn>&, const Kernel<Fn>&) -> BySize<Fn>;
 
 constexpr BySize ownFilterRowBorderPipeline_8u16s_C3R = {ownFilterRowBorderPipeline_8u16s_C3R_3x3_W7cn,
                                                          ownFilterRowBorderPipeline_8u16s_C3R_5x5_W7cn,

@@ -131,7 +131,7 @@ HWY_INLINE hn::TFromD<D> foldLanes(D d, hn::Vec<D> v, const Op& op) {
     if constexpr (kBytes > 16) {
         const hn::Half<D> half;
         return foldLanes(half, op(hn::LowerHalf(half, v), hn::UpperHalf(half, v)), op);
-    } else if constexpr (kBytes == 16 && kTurn >= sizeof(hn::TFromD<D>)) {
+    } else if constexpr (kBytes == 16 && kTurn / sizeof(hn::TFromD<D>) > 0) {
         return foldLanes<kTurn / 2>(d, op(v, hn::CombineShiftRightBytes<kTurn>(d, v, v)), op);
     } else {
         return hn::GetLane(v);
@@ -264,7 +264,7 @@ void extremes(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelS
     const Region<T> r = {pSrc, srcStep, pMask, maskStep, size};
     const auto run = [&](auto d) HWY_ATTR { *pExtremes = extremesOf<kMasked>(d, Channel<decltype(d)>(coi), r); };
     if (size.width >= static_cast<int>(hn::Lanes(Wide()))) {
-        run(Wide());
+        run(Wide());  // NOLINT(bugprone-branch-clone): one vector of several widths where one is built alone
     } else if (size.width >= static_cast<int>(hn::Lanes(BlockTag<T>()))) {
         run(BlockTag<T>());
     } else {

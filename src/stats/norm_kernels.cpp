@@ -86,7 +86,7 @@ class Sum<hn::Simd<uint16_t, N, 0>> : public FlushedSum<hn::Simd<uint32_t, N / 2
     static_assert(2 * 65535ull * kAddsPerFlush < 1ull << 32, "a lane takes two samples at a time");
 
 public:
-    HWY_INLINE Sum() {}
+    HWY_INLINE Sum() = default;
     HWY_INLINE void add(hn::Vec<D> v) {
         const auto pairs = hn::BitCast(D32(), v);
         this->addNarrow(hn::Add(hn::And(pairs, hn::Set(D32(), 0xFFFF)), hn::ShiftRight<16>(pairs)));
@@ -104,7 +104,7 @@ class SumOfSquares<hn::Simd<uint8_t, N, 0>> : public FlushedSum<hn::Simd<uint32_
     static_assert(4 * 255ull * 255ull * kAddsPerFlush < 1ull << 32, "a lane takes four squares at a time");
 
 public:
-    HWY_INLINE SumOfSquares() {}
+    HWY_INLINE SumOfSquares() = default;
     HWY_INLINE void add(hn::Vec<D> v) {
         const hn::RebindToUnsigned<D16> du16;
         const auto pairs = hn::BitCast(du16, v);

@@ -16,8 +16,9 @@ constexpr int kRowsBelow = 0x20;
 std::vector<Qel32f> gaussKernel(int kernelSize, Qel32f sigma) {
     std::vector<Qel32f> k(static_cast<size_t>(kernelSize));
     const long double s = sigma;
+    const int reach = kernelSize / 2;
     for (int i = 0; i < kernelSize; ++i) {
-        const long double d = i - kernelSize / 2;
+        const long double d = i - reach;
         k[size_t(i)] = static_cast<Qel32f>(std::exp(static_cast<double>(-(d * d) / (s * (s + s)))));
     }
     Qel32f sum = 0;
@@ -46,6 +47,7 @@ std::vector<std::vector<Qel32f>> filteredRows(const kit::Image<Qel32f>& image, c
     const QelSize size = image.size();
     std::vector<std::vector<Qel32f>> rows(size_t(size.height), std::vector<Qel32f>(size_t(size.width)));
     std::vector<Qel32f*> pointers;
+    pointers.reserve(rows.size());
     for (std::vector<Qel32f>& row : rows) pointers.push_back(row.data());
     const int taps = static_cast<int>(k.size());
     int bytes = 0;
@@ -72,7 +74,7 @@ void agrees(kit::Trial& trial, int kernelSize, Qel32f sigma, int borderMode) {
     for (int y = -reach; y < size.height + reach; ++y) {
         const bool real = (y < 0 && (borderMode & kRowsAbove)) || (y >= size.height && (borderMode & kRowsBelow));
         const int index = real ? y : extended(mode, y, size.height);
-        list.push_back(!real && index < 0 ? constant.data() : rows[size_t(index + reach)].data());
+        list.push_back(!real && index < 0 ? constant.data() : rows[size_t(index) + size_t(reach)].data());
     }
     kit::Image<Qel32f> got(trial, size), want(got);
     Qel8u columnScratch[32];

@@ -167,7 +167,7 @@ void agreesInside(int pixel, const Function& function, const Model& model) {
     for (uint32_t seed = 0; seed < 150; ++seed) {
         kit::Trial trial(seed, {1, 1});
         const Geometry g = anyGeometry(trial, pixel, trial.coin() ? Steps::kApart : Steps::kOverlapping);
-        const size_t gap = size_t(trial.between(0, 40) * pixel);
+        const size_t gap = size_t(trial.between(0, 40)) * size_t(pixel);
         const size_t room = std::max(g.srcBytes(), g.dstBytes()) + gap;
         const size_t srcAt = trial.coin() ? 0 : gap;
         kit::GuardedMemory memory(room, anyPlacement(trial));

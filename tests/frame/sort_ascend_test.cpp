@@ -146,6 +146,7 @@ TEST(SortAscend, KillerSequences) {
     for (const int len : {10, 11, 20, 63, 64, 65, 500, 3000}) {
         Adversary adversary(len);
         std::vector<Key> keys;
+        keys.reserve(static_cast<size_t>(len));
         for (int i = 0; i < len; ++i) keys.push_back({i, &adversary});
         MeasuredRanges pending(len);
         sortAscend(keys.data(), len, pending);
