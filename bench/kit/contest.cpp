@@ -196,6 +196,7 @@ Result Contest::hold(const Effort& effort) {
     // Each round has an order of its own, lest a rhythm of the system, or the images that another one left in the
     // cache, always meet the same one.
     std::vector<Competitor*> order;
+    order.reserve(competitors.size());
     for (Competitor& c : competitors) order.push_back(&c);
     std::minstd_rand random;
     for (int round = 0; round < result_.rounds; ++round) {

@@ -11,9 +11,10 @@ namespace {
 // A disc of `radius` in the middle.
 template <class Inside>
 void forDisc(QelSize size, double radius, const Inside& inside) {
+    const QelPoint middle = {size.width / 2, size.height / 2};
     for (int y = 0; y < size.height; ++y) {
         for (int x = 0; x < size.width; ++x) {
-            const double dx = x - size.width / 2, dy = y - size.height / 2;
+            const double dx = x - middle.x, dy = y - middle.y;
             if (dx * dx + dy * dy <= radius * radius) inside(x, y);
         }
     }

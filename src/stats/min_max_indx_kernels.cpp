@@ -263,8 +263,9 @@ void extremes(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelS
     using Wide = hn::CappedTag<T, kMostLanes>;
     const Region<T> r = {pSrc, srcStep, pMask, maskStep, size};
     const auto run = [&](auto d) HWY_ATTR { *pExtremes = extremesOf<kMasked>(d, Channel<decltype(d)>(coi), r); };
+    // NOLINTNEXTLINE(bugprone-branch-clone): on some instruction sets two of the vectors are the same
     if (size.width >= static_cast<int>(hn::Lanes(Wide()))) {
-        run(Wide());  // NOLINT(bugprone-branch-clone): one vector of several widths where one is built alone
+        run(Wide());
     } else if (size.width >= static_cast<int>(hn::Lanes(BlockTag<T>()))) {
         run(BlockTag<T>());
     } else {

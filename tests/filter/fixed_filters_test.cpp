@@ -115,7 +115,8 @@ int model8u(const Scene<Qel8u>& scene, const Border<Qel8u>& border, const Kernel
     int sum = 0;
     for (int i = -reach; i <= reach; ++i)
         for (int j = -reach; j <= reach; ++j)
-            sum += k.down[size_t(i + reach)] * k.across[size_t(j + reach)] * border.at(scene, x + j, y + i);
+            sum += k.down[size_t(i) + size_t(reach)] * k.across[size_t(j) + size_t(reach)] *
+                   border.at(scene, x + j, y + i);
     return sum;
 }
 
@@ -123,14 +124,14 @@ Qel32f across32f(const Scene<Qel32f>& scene, const Border<Qel32f>& border, const
     if (border.isConstantRow(y, scene.size.height)) return static_cast<Qel32f>(sumOf(k)) * border.value;
     const int reach = static_cast<int>(k.size()) / 2;
     std::array<Qel32f, 5> s{};
-    for (int j = -reach; j <= reach; ++j) s[size_t(j + reach)] = border.at(scene, x + j, y);
+    for (int j = -reach; j <= reach; ++j) s[size_t(j) + size_t(reach)] = border.at(scene, x + j, y);
     return applied(k, s);
 }
 
 Qel32f model32f(const Scene<Qel32f>& scene, const Border<Qel32f>& border, const Kernels& k, int x, int y) {
     const int reach = static_cast<int>(k.down.size()) / 2;
     std::array<Qel32f, 5> r{};
-    for (int i = -reach; i <= reach; ++i) r[size_t(i + reach)] = across32f(scene, border, k.across, x, y + i);
+    for (int i = -reach; i <= reach; ++i) r[size_t(i) + size_t(reach)] = across32f(scene, border, k.across, x, y + i);
     return applied(k.down, r);
 }
 
@@ -280,7 +281,7 @@ constexpr int kModes[] = {0, 1, 2, 3, 4, 0x10, 0x21, 0x32, 0x13, 0x24, 0x30, 0x3
 constexpr int kDivisors[] = {1, 3, 16, -7, 1024, 2, 20000};
 
 template <class S, class D>
-void allAgree(const Call<S, D>& call, const SizeQuery& query, const Filter<S>& filter, std::vector<int> masks) {
+void allAgree(const Call<S, D>& call, const SizeQuery& query, const Filter<S>& filter, const std::vector<int>& masks) {
     int turn = 0;
     const auto params = [&](int mask) {
         ++turn;
