@@ -93,6 +93,7 @@ public:
         for (int i = 0; i < kTaps; ++i) own_[i] = pKernel[i];
     }
     HWY_INLINE int size() const { return kTaps == 0 ? size_ : kTaps; }
+    HWY_INLINE const K* taps() const { return kTaps == 0 ? pKernel_ : own_; }
     HWY_INLINE K operator[](int i) const { return kTaps == 0 ? pKernel_[i] : own_[i]; }
 
 private:

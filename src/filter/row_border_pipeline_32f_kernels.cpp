@@ -14,10 +14,45 @@ using Filter = RowFilter<Qel32f, Qel32f>;
 template <int kTaps>
 using Kernel32f = Coefficients<kTaps, Qel32f>;
 
-template <class D>
-HWY_INLINE hn::Vec<D> times(D d, const Qel32f* s, Qel32f k) {
-    return hn::Mul(hn::LoadU(d, s), hn::Set(d, k));
-}
+// Where sums find the samples of their taps: loaded for each tap, vector v of those that belong together,
+template <class D, int kChannels>
+struct Loaded {
+    const Qel32f* first;
+
+    HWY_INLINE hn::Vec<D> operator()(int tap, size_t v) const {
+        return hn::LoadU(D(), first + tap * kChannels + v * hn::Lanes(D()));
+    }
+};
+
+template <int kTap>
+using Tap = std::integral_constant<int, kTap>;
+
+#if HWY_TARGET <= HWY_AVX3
+// or joined from whole vectors. As long as a line of the cache, vectors loaded for each tap would nearly all straddle
+// two lines, which takes twice as long. Reads ahead of the last tap's samples.
+template <class D, int kChannels>
+struct Joined {
+    static constexpr size_t kLanes = hn::MaxLanes(D());
+    const Qel32f* first;
+
+    static constexpr size_t samplesRead(int taps, size_t vectors) {
+        return (size_t(taps - 1) * kChannels / kLanes + 1 + vectors) * kLanes;
+    }
+
+    template <int kTap>
+    HWY_INLINE hn::Vec<D> operator()(Tap<kTap>, size_t v) const {
+        constexpr size_t kDistance = kTap * kChannels;
+        const Qel32f* const p = first + (kDistance / kLanes + v) * kLanes;
+        constexpr int kShift = kDistance % kLanes;
+        const auto low = hn::LoadU(D(), p);
+        if constexpr (kShift == 0) return low;
+        const hn::RebindToSigned<D> di;
+        const auto high = hn::LoadU(D(), p + kLanes);
+        const auto joined = _mm512_alignr_epi32(hn::BitCast(di, high).raw, hn::BitCast(di, low).raw, kShift);
+        return hn::BitCast(D(), hn::Vec<decltype(di)>{joined});
+    }
+};
+#endif
 
 // The orders of summation. Each is a documented result. They give n vectors of sums at once.
 template <int kSize>
@@ -25,13 +60,21 @@ struct InTapOrder {
     static constexpr int kTaps = kSize;
     static constexpr size_t kVectors = 1;
 
-    template <class D>
-    static HWY_INLINE void sums(Vectors<1>, D d, const Qel32f* s, int channels, const Kernel32f<kTaps>& k,
-                                hn::Vec<D>* sum) {
-        *sum = times(d, s, k[0]);
-        const int taps = k.size();
-#pragma GCC unroll 4
-        for (int i = 1; i < taps; ++i) *sum = hn::Add(*sum, times(d, s + i * channels, k[i]));
+    template <class D, class Samples>
+    static HWY_INLINE void sums(Vectors<1>, D d, const Samples& s, const Kernel32f<kTaps>& k, hn::Vec<D>* sum) {
+        const auto term = [&](auto tap) HWY_ATTR { return hn::Mul(s(tap, 0), hn::Set(d, k[tap])); };
+        *sum = term(Tap<0>());
+        if constexpr (kSize == 0) {
+            const int taps = k.size();
+            for (int i = 1; i < taps; ++i) *sum = hn::Add(*sum, term(i));
+        } else {
+            *sum = hn::Add(*sum, term(Tap<1>()));
+            *sum = hn::Add(*sum, term(Tap<2>()));
+            if constexpr (kSize == 5) {
+                *sum = hn::Add(*sum, term(Tap<3>()));
+                *sum = hn::Add(*sum, term(Tap<4>()));
+            }
+        }
     }
 };
 
@@ -41,13 +84,12 @@ struct Inwards {
     static constexpr int kTaps = kSize;
     static constexpr size_t kVectors = 1;
 
-    template <class D>
-    static HWY_INLINE void sums(Vectors<1>, D d, const Qel32f* s, int channels, const Kernel32f<kTaps>& k,
-                                hn::Vec<D>* sum) {
-        const auto term = [&](int i) HWY_ATTR { return times(d, s + i * channels, k[i]); };
-        *sum = hn::Add(term(0), term(kSize - 1));
-        if constexpr (kSize == 5) *sum = hn::Add(*sum, hn::Add(term(1), term(3)));
-        *sum = hn::Add(*sum, term(kSize / 2));
+    template <class D, class Samples>
+    static HWY_INLINE void sums(Vectors<1>, D d, const Samples& s, const Kernel32f<kTaps>& k, hn::Vec<D>* sum) {
+        const auto term = [&](auto tap) HWY_ATTR { return hn::Mul(s(tap, 0), hn::Set(d, k[tap])); };
+        *sum = hn::Add(term(Tap<0>()), term(Tap<kSize - 1>()));
+        if constexpr (kSize == 5) *sum = hn::Add(*sum, hn::Add(term(Tap<1>()), term(Tap<3>())));
+        *sum = hn::Add(*sum, term(Tap<kSize / 2>()));
     }
 };
 
@@ -56,41 +98,35 @@ struct Folded5 {
     static constexpr int kTaps = 5;
     static constexpr size_t kVectors = 1;
 
-    template <class D>
-    static HWY_INLINE void sums(Vectors<1>, D d, const Qel32f* s, int channels, const Kernel32f<kTaps>& k,
-                                hn::Vec<D>* sum) {
-        const auto pair = [&](int i, int j) HWY_ATTR {
-            const auto both = hn::Add(hn::LoadU(d, s + i * channels), hn::LoadU(d, s + j * channels));
-            return hn::Mul(both, hn::Set(d, k[i]));
-        };
-        *sum = hn::Add(hn::Add(pair(0, 4), pair(1, 3)), times(d, s + 2 * channels, k[2]));
+    template <class D, class Samples>
+    static HWY_INLINE void sums(Vectors<1>, D d, const Samples& s, const Kernel32f<kTaps>& k, hn::Vec<D>* sum) {
+        const auto outer = hn::Mul(hn::Add(s(Tap<0>(), 0), s(Tap<4>(), 0)), hn::Set(d, k[0]));
+        const auto inner = hn::Mul(hn::Add(s(Tap<1>(), 0), s(Tap<3>(), 0)), hn::Set(d, k[1]));
+        *sum = hn::Add(hn::Add(outer, inner), hn::Mul(s(Tap<2>(), 0), hn::Set(d, k[2])));
     }
 };
 
 // The first tap, then two that are added up before they join the sum, then one, then two, and so on.
 struct InThrees {
     static constexpr int kTaps = 0;
-    static constexpr size_t kVectors = 4;
+    static constexpr size_t kVectors = HWY_TARGET <= HWY_AVX3 ? 2 : 4;
 
-    template <size_t n, class D>
-    static HWY_INLINE void sums(Vectors<n> vectors, D d, const Qel32f* s, int channels, const Kernel32f<kTaps>& k,
+    template <size_t n, class D, int kChannels>
+    static HWY_INLINE void sums(Vectors<n> vectors, D d, const Loaded<D, kChannels>& s, const Kernel32f<0>& k,
                                 hn::Vec<D>* sum) {
-        const auto product = [&](int i, size_t v, auto coefficient) HWY_ATTR {
-            return hn::Mul(hn::LoadU(d, s + i * channels + v * hn::Lanes(d)), coefficient);
-        };
         const auto addOne = [&](int i) HWY_ATTR {
             const auto a = hn::Set(d, k[i]);
-            forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Add(sum[v], product(i, v, a)); });
+            forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Add(sum[v], hn::Mul(s(i, v), a)); });
         };
         const auto addTwo = [&](int i) HWY_ATTR {
             const auto a = hn::Set(d, k[i]);
             const auto b = hn::Set(d, k[i + 1]);
             forEachVector(vectors, [&](size_t v) HWY_ATTR {
-                sum[v] = hn::Add(sum[v], hn::Add(product(i, v, a), product(i + 1, v, b)));
+                sum[v] = hn::Add(sum[v], hn::Add(hn::Mul(s(i, v), a), hn::Mul(s(i + 1, v), b)));
             });
         };
         const auto first = hn::Set(d, k[0]);
-        forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = product(0, v, first); });
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Mul(s(0, v), first); });
         const int taps = k.size();
         int i = 1;
         for (; i + 2 < taps; i += 3) {
@@ -103,15 +139,73 @@ struct InThrees {
             addOne(i);
         }
     }
+
+#if HWY_TARGET <= HWY_AVX3
+    template <class D, int kChannels>
+    static HWY_INLINE void sums(Vectors<2>, D d, Joined<D, kChannels> s, const Kernel32f<0>& k, hn::Vec<D>* sum) {
+        const Qel32f* taps = k.taps();
+        const auto first = hn::Set(d, *taps);
+        auto sum0 = hn::Mul(s(Tap<0>(), 0), first);
+        auto sum1 = hn::Mul(s(Tap<0>(), 1), first);
+        for (int left = k.size() - 1; left > 0; left -= kTogether) {
+            addFrom<1>(d, s, taps, left, sum0, sum1);
+            s.first += kTogether * kChannels;
+            taps += kTogether;
+        }
+        sum[0] = sum0;
+        sum[1] = sum1;
+    }
+
+private:
+    // Taps whose distance from the first one is known when this is compiled.
+    static constexpr int kTogether = 48;
+
+    // Adds the taps from kTap to kTogether, at most `left` of them.
+    template <int kTap, class D, class Samples, class V = hn::Vec<D>>
+    static HWY_INLINE void addFrom(D d, const Samples& s, const Qel32f* taps, int left, V& sum0, V& sum1) {
+        if constexpr (kTap < kTogether) {
+            const auto a = hn::Set(d, taps[kTap]);
+            const auto one0 = hn::Mul(s(Tap<kTap>(), 0), a);
+            const auto one1 = hn::Mul(s(Tap<kTap>(), 1), a);
+            if (left == 1) {
+                sum0 = hn::Add(sum0, one0);
+                sum1 = hn::Add(sum1, one1);
+                return;
+            }
+            const auto b = hn::Set(d, taps[kTap + 1]);
+            sum0 = hn::Add(sum0, hn::Add(one0, hn::Mul(s(Tap<kTap + 1>(), 0), b)));
+            sum1 = hn::Add(sum1, hn::Add(one1, hn::Mul(s(Tap<kTap + 1>(), 1), b)));
+            if (left == 2) return;
+            const auto c = hn::Set(d, taps[kTap + 2]);
+            sum0 = hn::Add(sum0, hn::Mul(s(Tap<kTap + 2>(), 0), c));
+            sum1 = hn::Add(sum1, hn::Mul(s(Tap<kTap + 2>(), 1), c));
+            if (left > 3) addFrom<kTap + 3>(d, s, taps, left - 3, sum0, sum1);
+        }
+    }
+#endif
 };
 
+// n vectors of results whose samples lie among the `count` samples from src on.
+template <class Order, int kChannels, size_t n, class D>
+HWY_INLINE void sumsAt(Vectors<n> vectors, D d, const Qel32f* src, size_t count, const Kernel32f<Order::kTaps>& k,
+                       hn::Vec<D>* sums) {
+#if HWY_TARGET <= HWY_AVX3
+    if constexpr (sizeof(hn::Vec<D>) == HWY_MAX_BYTES && n == Order::kVectors) {
+        using Samples = Joined<D, kChannels>;
+        if (Samples::samplesRead(k.size(), n) <= count) return Order::sums(vectors, d, Samples{src}, k, sums);
+    }
+#endif
+    (void)count;
+    Order::sums(vectors, d, Loaded<D, kChannels>{src}, k, sums);
+}
+
 // Results whose samples all lie in the row.
-template <class Order, bool kStreaming>
-HWY_INLINE void interiorResults(const Qel32f* src, int channels, const Kernel32f<Order::kTaps>& k, Qel32f* out,
-                                size_t count) {
+template <class Order, int kChannels, bool kStreaming>
+HWY_INLINE void interiorResults(const Qel32f* src, const Kernel32f<Order::kTaps>& k, Qel32f* out, size_t count) {
+    const size_t samples = count + size_t(k.size() - 1) * kChannels;
     const auto op = [&]<size_t n>(auto d, size_t x, Vectors<n> vectors, auto store) HWY_ATTR {
         hn::Vec<decltype(d)> sums[n];
-        Order::sums(vectors, d, src + x, channels, k, sums);
+        sumsAt<Order, kChannels>(vectors, d, src + x, samples - x, k, sums);
         forEachVector(vectors, [&](size_t v) HWY_ATTR { store(sums[v], d, out + x + v * hn::Lanes(d)); });
     };
     if constexpr (kStreaming) {
@@ -127,29 +221,29 @@ HWY_INLINE void interiorResults(const Qel32f* src, int channels, const Kernel32f
     }
 }
 
-template <class Order, class D>
-HWY_INLINE void storeSum(D d, const Qel32f* s, int channels, const Kernel32f<Order::kTaps>& k, Qel32f* out) {
+template <class Order, int kChannels, class D>
+HWY_INLINE void storeSum(D d, const Qel32f* s, const Kernel32f<Order::kTaps>& k, Qel32f* out) {
     hn::Vec<D> sum;
-    Order::sums(Vectors<1>(), d, s, channels, k, &sum);
+    Order::sums(Vectors<1>(), d, Loaded<D, kChannels>{s}, k, &sum);
     hn::StoreU(sum, d, out);
 }
 
-template <int kTaps>
-HWY_NOINLINE void edgeResults(const Qel32f* s, int channels, const Kernel32f<kTaps>& k, Qel32f* out, size_t count) {
+template <int kChannels, int kTaps>
+HWY_NOINLINE void edgeResults(const Qel32f* s, const Kernel32f<kTaps>& k, Qel32f* out, size_t count) {
     forVectors(hn::CappedTag<Qel32f, RowStrips<Qel32f>::kGroup>(), count,
-               [&](auto d, size_t x) HWY_ATTR { storeSum<InTapOrder<kTaps>>(d, s + x, channels, k, out + x); });
+               [&](auto d, size_t x) HWY_ATTR { storeSum<InTapOrder<kTaps>, kChannels>(d, s + x, k, out + x); });
 }
 
-template <class Order, bool kStreaming>
-HWY_NOINLINE void filterRowsBy(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSize size, int channels,
+template <class Order, int kChannels, bool kStreaming>
+HWY_NOINLINE void filterRowsBy(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSize size,
                                const Filter& filter, void* pScratch) {
     const Kernel32f<Order::kTaps> k(filter.pKernel, filter.kernelSize);
     Carver carver(pScratch);
     forEachRow(
-        pSrc, srcStep, pRowDst, size, channels, filter, carver,
-        [&](const Qel32f* strip, Qel32f* out, size_t count) HWY_ATTR { edgeResults(strip, channels, k, out, count); },
+        pSrc, srcStep, pRowDst, size, kChannels, filter, carver,
+        [&](const Qel32f* strip, Qel32f* out, size_t count) HWY_ATTR { edgeResults<kChannels>(strip, k, out, count); },
         [&](const Qel32f* src, Qel32f* out, size_t count)
-            HWY_ATTR { interiorResults<Order, kStreaming>(src, channels, k, out, count); });
+            HWY_ATTR { interiorResults<Order, kChannels, kStreaming>(src, k, out, count); });
     finishStores<kStreaming>();
 }
 
@@ -158,8 +252,8 @@ void filterRows(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSize
                 void* pScratch) {
     const auto run = [=, &filter](auto order) {
         using Order = decltype(order);
-        filter.streaming ? filterRowsBy<Order, true>(pSrc, srcStep, pRowDst, size, kChannels, filter, pScratch)
-                         : filterRowsBy<Order, false>(pSrc, srcStep, pRowDst, size, kChannels, filter, pScratch);
+        filter.streaming ? filterRowsBy<Order, kChannels, true>(pSrc, srcStep, pRowDst, size, filter, pScratch)
+                         : filterRowsBy<Order, kChannels, false>(pSrc, srcStep, pRowDst, size, filter, pScratch);
     };
     if constexpr (kSize == 0) {
         run(InThrees());
@@ -172,7 +266,7 @@ void filterRows(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSize
 
 template <class Order, bool kStreaming>
 HWY_NOINLINE void interiorOfImage(const Qel32f* src, const Qel32f* k, Qel32f* out, size_t count) {
-    interiorResults<Order, kStreaming>(src, 1, Kernel32f<Order::kTaps>(k, Order::kTaps), out, count);
+    interiorResults<Order, 1, kStreaming>(src, Kernel32f<Order::kTaps>(k, Order::kTaps), out, count);
 }
 
 // A whole image by a kernel around its middle, one order for the ends of a row and all between them. The row is wide
@@ -199,8 +293,8 @@ void filterImage(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSiz
                         sizeof(Qel32f));
         for (int i = 0; i < kReach; ++i) {
             const Qel32f* const right = strips + kStrip + i;
-            storeSum<Order>(one, strips + i, 1, k, out + i);
-            storeSum<Order>(one, right, 1, k, out + width - kReach + i);
+            storeSum<Order, 1>(one, strips + i, k, out + i);
+            storeSum<Order, 1>(one, right, k, out + width - kReach + i);
         }
         const size_t count = size_t(width - 2 * kReach);
         filter.streaming ? interiorOfImage<Order, true>(s, filter.pKernel, out + kReach, count)
