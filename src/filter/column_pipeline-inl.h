@@ -33,40 +33,73 @@ HWY_INLINE void prefetchAhead(const T* p) {
     hwy::Prefetch(reinterpret_cast<const char*>(p) + kBytesAhead);
 }
 
-// Three taps: emit(y, r0, r1, r2) for each output row y, from the source rows y to y + 2.
-template <class D, class Src, class Emit>
-HWY_INLINE void slideThree(D d, const Src* const* pRowSrc, int rows, size_t x, const Emit& emit) {
-    auto r0 = loadSamples(d, pRowSrc[0] + x);
-    auto r1 = loadSamples(d, pRowSrc[1] + x);
-    for (int y = 0; y < rows; ++y) {
-        prefetchAhead(pRowSrc[y + 2] + x);
-        const auto r2 = loadSamples(d, pRowSrc[y + 2] + x);
-        emit(y, r0, r1, r2);
-        r0 = r1;
-        r1 = r2;
-    }
+// Streamed rows go together only where they meet the address of a vector at the same sample.
+template <bool Streaming>
+HWY_INLINE bool goTogether(int dstStep) {
+    const int vectorBytes = int(hn::Lanes(hn::ScalableTag<Qel8u>()));
+    return !Streaming || dstStep % vectorBytes == 0;
 }
 
-// Five taps: emit(y, r0, r1, r2, r3, r4).
-template <class D, class Src, class Emit>
-HWY_INLINE void slideFive(D d, const Src* const* pRowSrc, int rows, size_t x, const Emit& emit) {
-    auto r0 = loadSamples(d, pRowSrc[0] + x);
-    auto r1 = loadSamples(d, pRowSrc[1] + x);
-    auto r2 = loadSamples(d, pRowSrc[2] + x);
-    auto r3 = loadSamples(d, pRowSrc[3] + x);
-    for (int y = 0; y < rows; ++y) {
-        prefetchAhead(pRowSrc[y + 4] + x);
-        const auto r4 = loadSamples(d, pRowSrc[y + 4] + x);
-        emit(y, r0, r1, r2, r3, r4);
-        r0 = r1;
-        r1 = r2;
-        r2 = r3;
-        r3 = r4;
-    }
-}
+// Output rows that are formed together: a sample is loaded once for all of them.
+constexpr int kRowsTogether = 4;
 
-// Output rows that slide down together: enough that the rows loaded ahead of the first are few among them.
-constexpr int kSlidingRows = 8;
+// The source rows of kRows output rows by 3 or 5 taps. They are kept at hand: in memory, a store could change where
+// they point to, as far as a compiler knows.
+template <int kTaps, int kRows, class Src>
+class SourceRows {
+    static_assert((kTaps == 3 || kTaps == 5) && (kRows == 1 || kRows == kRowsTogether));
+
+public:
+    explicit SourceRows(const Src* const* pRowSrc) {
+        for (int i = 0; i < kRows + kTaps - 1; ++i) rows_[i] = pRowSrc[i];
+    }
+
+    // Calls emit(i, sum) for each output row, when all sums are formed: formula(d, r0, r1, ...) gives one.
+    template <class D, class Formula, class Emit>
+    HWY_INLINE void filter(D d, size_t x, const Formula& formula, const Emit& emit) const {
+        const auto sum0 = sum<0>(d, x, formula);
+        if constexpr (kRows == 1) {
+            emit(0, sum0);
+        } else {
+            const auto sum1 = sum<1>(d, x, formula);
+            const auto sum2 = sum<2>(d, x, formula);
+            const auto sum3 = sum<3>(d, x, formula);
+            emit(0, sum0);
+            emit(1, sum1);
+            emit(2, sum2);
+            emit(3, sum3);
+        }
+    }
+
+private:
+    template <int kRow, class D>
+    HWY_INLINE hn::Vec<D> samples(D d, size_t x) const {
+        return loadSamples(d, rows_[kRow] + x);
+    }
+
+    template <int i, class D, class Formula>
+    HWY_INLINE hn::Vec<D> sum(D d, size_t x, const Formula& formula) const {
+        if constexpr (kTaps == 3) {
+            return formula(d, samples<i>(d, x), samples<i + 1>(d, x), samples<i + 2>(d, x));
+        } else {
+            return formula(d, samples<i>(d, x), samples<i + 1>(d, x), samples<i + 2>(d, x), samples<i + 3>(d, x),
+                           samples<i + 4>(d, x));
+        }
+    }
+
+    const Src* rows_[kRows + kTaps - 1];
+};
+
+// Calls op(y, rows) for SourceRows of four output rows from y on, as far as there are as many, then of one.
+template <int kTaps, class Src, class Op>
+HWY_INLINE void forSourceRows(const Src* const* pRowSrc, int height, bool together, const Op& op) {
+    int y = 0;
+    if (together) {
+        for (; height - y >= kRowsTogether; y += kRowsTogether)
+            op(y, SourceRows<kTaps, kRowsTogether, Src>(pRowSrc + y));
+    }
+    for (; y < height; ++y) op(y, SourceRows<kTaps, 1, Src>(pRowSrc + y));
+}
 
 // Any number of taps, summed in their order: emit(y, sum) for one output row or for four.
 constexpr int kSummedRows = 4;

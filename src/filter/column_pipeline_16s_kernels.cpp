@@ -100,19 +100,17 @@ HWY_INLINE void truncateRests(const Qel16s* const* pRowSrc, T* pDst, int dstStep
     for (int y = 0; y < size.height; ++y) truncateRest(pRowSrc + y, row(pDst, dstStep, y), x, size.width, taps);
 }
 
-template <int kGroup, class T, class Formula>
-HWY_INLINE void threeTapRows(const Qel16s* const* pRowSrc, T* pDst, int dstStep, QelSize size, const DividedTaps& taps,
-                             Formula formula) {
+template <int kTaps, int kGroup, class T, class Formula>
+HWY_INLINE void tapRows(const Qel16s* const* pRowSrc, T* pDst, int dstStep, QelSize size, const DividedTaps& taps,
+                        Formula formula) {
     const size_t rounded = wholeGroups(size.width, kGroup);
-    forBlocks(size.height, kSlidingRows, [&](int y, int rows) HWY_ATTR {
+    forSourceRows<kTaps>(pRowSrc, size.height, true, [=](int y, const auto& rows) HWY_ATTR {
         T* const out = row(pDst, dstStep, y);
         forGroups(rounded, [=](auto d, size_t x) HWY_ATTR {
-            slideThree(d, pRowSrc + y, rows, x, [=](int i, auto r0, auto r1, auto r2) HWY_ATTR {
-                storeRounded(formula(d, r0, r1, r2), row(out, dstStep, i) + x);
-            });
+            rows.filter(d, x, formula, [=](int i, auto sum) HWY_ATTR { storeRounded(sum, row(out, dstStep, i) + x); });
         });
-        truncateRests(pRowSrc + y, out, dstStep, {size.width, rows}, rounded, taps);
     });
+    truncateRests(pRowSrc, pDst, dstStep, size, rounded, taps);
 }
 
 // Three small taps undivided: single precision holds every sum exactly, in whatever order. So do integers, which form
@@ -164,6 +162,7 @@ HWY_INLINE void exactThreeTapRows(const Qel16s* const* pRowSrc, T* pDst, int dst
             upper = nextUpper;
         }
     };
+    constexpr int kSlidingRows = 8;
     forBlocks(size.height, kSlidingRows, [=](int y, int rows) HWY_ATTR {
         const hn::ScalableTag<Qel16s> d;
         const hn::FixedTag<Qel16s, 8> d8;
@@ -184,31 +183,21 @@ void columns3x3(const Qel16s* const* pRowSrc, T* pDst, int dstStep, QelSize size
     }
     const ThreeTaps formula{taps.pScaled};
     if (firstOfImage) {
-        threeTapRows<4>(pRowSrc, pDst, dstStep, {size.width, 1}, taps, formula);
+        tapRows<3, 4>(pRowSrc, pDst, dstStep, {size.width, 1}, taps, formula);
         ++pRowSrc;
         pDst = row(pDst, dstStep, 1);
         --size.height;
     }
     if (taps.pKernel[0] == taps.pKernel[2]) {
-        threeTapRows<8>(pRowSrc, pDst, dstStep, size, taps, SymmetricThreeTaps{taps.pScaled});
+        tapRows<3, 8>(pRowSrc, pDst, dstStep, size, taps, SymmetricThreeTaps{taps.pScaled});
     } else {
-        threeTapRows<8>(pRowSrc, pDst, dstStep, size, taps, formula);
+        tapRows<3, 8>(pRowSrc, pDst, dstStep, size, taps, formula);
     }
 }
 
 template <class T>
 void columns5x5(const Qel16s* const* pRowSrc, T* pDst, int dstStep, QelSize size, const DividedTaps& taps, bool) {
-    const size_t rounded = wholeGroups(size.width, 4);
-    const FiveTaps formula{taps.pScaled};
-    forBlocks(size.height, kSlidingRows, [&](int y, int rows) HWY_ATTR {
-        T* const out = row(pDst, dstStep, y);
-        forGroups(rounded, [=](auto d, size_t x) HWY_ATTR {
-            slideFive(d, pRowSrc + y, rows, x, [=](int i, auto r0, auto r1, auto r2, auto r3, auto r4) HWY_ATTR {
-                storeRounded(formula(d, r0, r1, r2, r3, r4), row(out, dstStep, i) + x);
-            });
-        });
-        truncateRests(pRowSrc + y, out, dstStep, {size.width, rows}, rounded, taps);
-    });
+    tapRows<5, 4>(pRowSrc, pDst, dstStep, size, taps, FiveTaps{taps.pScaled});
 }
 
 template <class T>

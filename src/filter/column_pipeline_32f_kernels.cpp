@@ -46,13 +46,6 @@ struct SymmetricFiveTaps {
     }
 };
 
-// Streamed rows go together only where they meet the address of a vector at the same sample.
-template <bool Streaming>
-HWY_INLINE int atMostTogether(int rows, int dstStep) {
-    const int vectorBytes = int(hn::Lanes(hn::ScalableTag<Qel8u>()));
-    return Streaming && dstStep % vectorBytes != 0 ? 1 : rows;
-}
-
 // Stores a vector. What bypasses the cache is not to be fetched into it first.
 template <bool Streaming, class D, class Store, class V = hn::Vec<D>>
 HWY_INLINE void storeInto(Store store, V sum, D d, Qel32f* p) {
@@ -60,30 +53,16 @@ HWY_INLINE void storeInto(Store store, V sum, D d, Qel32f* p) {
     store(sum, d, p);
 }
 
-template <bool Streaming, class Formula>
-HWY_INLINE void threeTapRows(const Qel32f* const* pRowSrc, Qel32f* pDst, int dstStep, QelSize size, Formula formula) {
-    forBlocks(size.height, atMostTogether<Streaming>(kSlidingRows, dstStep), [=](int y, int rows) HWY_ATTR {
+template <int kTaps, bool Streaming, class Formula>
+HWY_INLINE void tapRows(const Qel32f* const* pRowSrc, Qel32f* pDst, int dstStep, QelSize size, Formula formula) {
+    forSourceRows<kTaps>(pRowSrc, size.height, goTogether<Streaming>(dstStep), [=](int y, const auto& rows) HWY_ATTR {
         Qel32f* const out = row(pDst, dstStep, y);
-        forVectorsInto<Streaming>(
-            out, hn::ScalableTag<Qel32f>(), size_t(size.width), [=](auto d, size_t x, auto store) HWY_ATTR {
-                slideThree(d, pRowSrc + y, rows, x, [=](int i, auto r0, auto r1, auto r2) HWY_ATTR {
-                    storeInto<Streaming>(store, formula(d, r0, r1, r2), d, row(out, dstStep, i) + x);
-                });
-            });
-    });
-    finishStores<Streaming>();
-}
-
-template <bool Streaming, class Formula>
-HWY_INLINE void fiveTapRows(const Qel32f* const* pRowSrc, Qel32f* pDst, int dstStep, QelSize size, Formula formula) {
-    forBlocks(size.height, atMostTogether<Streaming>(kSlidingRows, dstStep), [=](int y, int rows) HWY_ATTR {
-        Qel32f* const out = row(pDst, dstStep, y);
-        forVectorsInto<Streaming>(
-            out, hn::ScalableTag<Qel32f>(), size_t(size.width), [=](auto d, size_t x, auto store) HWY_ATTR {
-                slideFive(d, pRowSrc + y, rows, x, [=](int i, auto r0, auto r1, auto r2, auto r3, auto r4) HWY_ATTR {
-                    storeInto<Streaming>(store, formula(d, r0, r1, r2, r3, r4), d, row(out, dstStep, i) + x);
-                });
-            });
+        forVectorsInto<Streaming>(out, hn::ScalableTag<Qel32f>(), size_t(size.width),
+                                  [=](auto d, size_t x, auto store) HWY_ATTR {
+                                      rows.filter(d, x, formula, [=](int i, auto sum) HWY_ATTR {
+                                          storeInto<Streaming>(store, sum, d, row(out, dstStep, i) + x);
+                                      });
+                                  });
     });
     finishStores<Streaming>();
 }
@@ -92,9 +71,9 @@ template <bool Streaming>
 void floatColumns3x3(const Qel32f* const* pRowSrc, Qel32f* pDst, int dstStep, QelSize size, const Qel32f* pKernel,
                      int) {
     if (pKernel[0] == pKernel[2]) {
-        threeTapRows<Streaming>(pRowSrc, pDst, dstStep, size, SymmetricThreeTaps{pKernel});
+        tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, SymmetricThreeTaps{pKernel});
     } else {
-        threeTapRows<Streaming>(pRowSrc, pDst, dstStep, size, ThreeTaps{pKernel});
+        tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, ThreeTaps{pKernel});
     }
 }
 
@@ -102,18 +81,17 @@ template <bool Streaming>
 void floatColumns5x5(const Qel32f* const* pRowSrc, Qel32f* pDst, int dstStep, QelSize size, const Qel32f* pKernel,
                      int) {
     if (pKernel[0] == pKernel[4] && pKernel[1] == pKernel[3]) {
-        fiveTapRows<Streaming>(pRowSrc, pDst, dstStep, size, SymmetricFiveTaps{pKernel});
+        tapRows<5, Streaming>(pRowSrc, pDst, dstStep, size, SymmetricFiveTaps{pKernel});
     } else {
-        fiveTapRows<Streaming>(pRowSrc, pDst, dstStep, size, FiveTaps{pKernel});
+        tapRows<5, Streaming>(pRowSrc, pDst, dstStep, size, FiveTaps{pKernel});
     }
 }
 
 template <bool Streaming>
 void floatColumnsX(const Qel32f* const* pRowSrc, Qel32f* pDst, int dstStep, QelSize size, const Qel32f* pKernel,
                    int kernelSize) {
-    const bool together = atMostTogether<Streaming>(kSummedRows, dstStep) == kSummedRows;
     forFoursAndOnes(
-        size.height, together ? kernelSize : 1,
+        size.height, goTogether<Streaming>(dstStep) ? kernelSize : 1,
         [=](int y) HWY_ATTR {
             Qel32f* const out = row(pDst, dstStep, y);
             forVectorsInto<Streaming>(

@@ -108,36 +108,14 @@ HWY_INLINE void forGroupsInto(Qel16s* out, size_t count, const Op& op) {
     forVectorsInto<Streaming>(out, hn::ScalableTag<Qel16s>(), count, op);
 }
 
-// Streamed rows go together only where they meet the address of a vector at the same sample.
-template <bool Streaming>
-HWY_INLINE int rowsTogether(int dstStep) {
-    const int vectorBytes = int(hn::Lanes(hn::ScalableTag<Qel8u>()));
-    return Streaming && dstStep % vectorBytes != 0 ? 1 : kSlidingRows;
-}
-
-template <bool Streaming, class Formula, class Finish>
-HWY_INLINE void threeTapRows(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelSize size, size_t count,
-                             Formula formula, Finish finish) {
-    forBlocks(size.height, rowsTogether<Streaming>(dstStep), [=](int y, int rows) HWY_ATTR {
+template <int kTaps, bool Streaming, class Formula, class Finish>
+HWY_INLINE void tapRows(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelSize size, size_t count,
+                        Formula formula, Finish finish) {
+    forSourceRows<kTaps>(pRowSrc, size.height, goTogether<Streaming>(dstStep), [=](int y, const auto& rows) HWY_ATTR {
         Qel16s* const out = row(pDst, dstStep, y);
         forGroupsInto<Streaming>(out, count, [=](auto d, size_t x, auto store) HWY_ATTR {
-            slideThree(d, pRowSrc + y, rows, x, [=](int i, auto r0, auto r1, auto r2) HWY_ATTR {
-                store(finish(d, formula(d, r0, r1, r2)), d, row(out, dstStep, i) + x);
-            });
-        });
-    });
-    finishStores<Streaming>();
-}
-
-template <bool Streaming, class Formula, class Finish>
-HWY_INLINE void fiveTapRows(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelSize size, size_t count,
-                            Formula formula, Finish finish) {
-    forBlocks(size.height, rowsTogether<Streaming>(dstStep), [=](int y, int rows) HWY_ATTR {
-        Qel16s* const out = row(pDst, dstStep, y);
-        forGroupsInto<Streaming>(out, count, [=](auto d, size_t x, auto store) HWY_ATTR {
-            slideFive(d, pRowSrc + y, rows, x, [=](int i, auto r0, auto r1, auto r2, auto r3, auto r4) HWY_ATTR {
-                store(finish(d, formula(d, r0, r1, r2, r3, r4)), d, row(out, dstStep, i) + x);
-            });
+            rows.filter(d, x, formula,
+                        [=](int i, auto sum) HWY_ATTR { store(finish(d, sum), d, row(out, dstStep, i) + x); });
         });
     });
     finishStores<Streaming>();
@@ -149,9 +127,9 @@ void columnsLow3x3(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelS
     const size_t groups = size_t(size.width & -8);
     withFinish(reciprocal, [=](auto finish) HWY_ATTR {
         if (pKernel[0] == pKernel[2]) {
-            threeTapRows<Streaming>(pRowSrc, pDst, dstStep, size, groups, SymmetricThreeTaps{pKernel}, finish);
+            tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, groups, SymmetricThreeTaps{pKernel}, finish);
         } else {
-            threeTapRows<Streaming>(pRowSrc, pDst, dstStep, size, groups, ThreeTaps{pKernel}, finish);
+            tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, groups, ThreeTaps{pKernel}, finish);
         }
     });
     keepLowBitsOfRests(pRowSrc, pDst, dstStep, size, pKernel, kernelSize, reciprocal);
@@ -160,7 +138,7 @@ void columnsLow3x3(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelS
 void columnsLow5x5(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelSize size, const Qel16s* pKernel,
                    int kernelSize, int reciprocal) {
     withFinish(reciprocal, [=](auto finish) HWY_ATTR {
-        fiveTapRows<false>(pRowSrc, pDst, dstStep, size, size_t(size.width & -8), FiveTaps{pKernel}, finish);
+        tapRows<5, false>(pRowSrc, pDst, dstStep, size, size_t(size.width & -8), FiveTaps{pKernel}, finish);
     });
     keepLowBitsOfRests(pRowSrc, pDst, dstStep, size, pKernel, kernelSize, reciprocal);
 }
@@ -169,7 +147,7 @@ void columnsLow5x5(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelS
 template <bool Streaming>
 void columnsLow5x5Over16(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelSize size, const Qel16s* pKernel,
                          int, int) {
-    fiveTapRows<Streaming>(pRowSrc, pDst, dstStep, size, size_t(size.width), SymmetricFiveTaps{pKernel}, Sixteenth());
+    tapRows<5, Streaming>(pRowSrc, pDst, dstStep, size, size_t(size.width), SymmetricFiveTaps{pKernel}, Sixteenth());
 }
 
 void columnsLowX(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelSize size, const Qel16s* pKernel,

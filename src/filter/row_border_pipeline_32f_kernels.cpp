@@ -14,67 +14,67 @@ using Filter = RowFilter<Qel32f, Qel32f>;
 template <int kTaps>
 using Kernel32f = Coefficients<kTaps, Qel32f>;
 
-// Where sums find the samples of their taps: loaded for each tap, vector v of those that belong together,
+template <int kTap>
+using Tap = std::integral_constant<int, kTap>;
+
+// Where a vector of sums finds the samples of its taps: loaded for each tap,
 template <class D, int kChannels>
 struct Loaded {
     const Qel32f* first;
 
-    HWY_INLINE hn::Vec<D> operator()(int tap, size_t v) const {
-        return hn::LoadU(D(), first + tap * kChannels + v * hn::Lanes(D()));
-    }
+    HWY_INLINE Loaded vector(size_t v) const { return {first + v * hn::Lanes(D())}; }
+    HWY_INLINE hn::Vec<D> operator()(int tap) const { return hn::LoadU(D(), first + tap * kChannels); }
 };
 
-template <int kTap>
-using Tap = std::integral_constant<int, kTap>;
-
+// or joined from two whole vectors. Those as long as a line of the cache would nearly all straddle two lines if they
+// were loaded for each tap, which takes twice as long.
+constexpr bool kJoins = HWY_TARGET <= HWY_AVX3;
 #if HWY_TARGET <= HWY_AVX3
-// or joined from whole vectors. As long as a line of the cache, vectors loaded for each tap would nearly all straddle
-// two lines, which takes twice as long. Reads ahead of the last tap's samples.
 template <class D, int kChannels>
 struct Joined {
     static constexpr size_t kLanes = hn::MaxLanes(D());
     const Qel32f* first;
 
+    // How far the last of some vectors reads.
     static constexpr size_t samplesRead(int taps, size_t vectors) {
         return (size_t(taps - 1) * kChannels / kLanes + 1 + vectors) * kLanes;
     }
 
+    HWY_INLINE Joined vector(size_t v) const { return {first + v * kLanes}; }
+
     template <int kTap>
-    HWY_INLINE hn::Vec<D> operator()(Tap<kTap>, size_t v) const {
-        constexpr size_t kDistance = kTap * kChannels;
-        const Qel32f* const p = first + (kDistance / kLanes + v) * kLanes;
-        constexpr int kShift = kDistance % kLanes;
+    HWY_INLINE hn::Vec<D> operator()(Tap<kTap>) const {
+        constexpr int kShift = kTap * kChannels % kLanes;
+        const Qel32f* const p = first + kTap * kChannels - kShift;
         const auto low = hn::LoadU(D(), p);
         if constexpr (kShift == 0) return low;
         const hn::RebindToSigned<D> di;
         const auto high = hn::LoadU(D(), p + kLanes);
-        const auto joined = _mm512_alignr_epi32(hn::BitCast(di, high).raw, hn::BitCast(di, low).raw, kShift);
+        // The form without a mask draws warnings from GCC 12.
+        const auto joined =
+            _mm512_maskz_alignr_epi32(0xFFFF, hn::BitCast(di, high).raw, hn::BitCast(di, low).raw, kShift);
         return hn::BitCast(D(), hn::Vec<decltype(di)>{joined});
     }
 };
 #endif
 
-// The orders of summation. Each is a documented result. They give n vectors of sums at once.
+// The orders of summation. Each is a documented result.
 template <int kSize>
 struct InTapOrder {
     static constexpr int kTaps = kSize;
-    static constexpr size_t kVectors = 1;
 
     template <class D, class Samples>
-    static HWY_INLINE void sums(Vectors<1>, D d, const Samples& s, const Kernel32f<kTaps>& k, hn::Vec<D>* sum) {
-        const auto term = [&](auto tap) HWY_ATTR { return hn::Mul(s(tap, 0), hn::Set(d, k[tap])); };
-        *sum = term(Tap<0>());
+    static HWY_INLINE hn::Vec<D> sum(D d, const Samples& s, const Kernel32f<kTaps>& k) {
+        const auto term = [&](auto tap) HWY_ATTR { return hn::Mul(s(tap), hn::Set(d, k[tap])); };
+        auto sum = term(Tap<0>());
         if constexpr (kSize == 0) {
             const int taps = k.size();
-            for (int i = 1; i < taps; ++i) *sum = hn::Add(*sum, term(i));
+            for (int i = 1; i < taps; ++i) sum = hn::Add(sum, term(i));
         } else {
-            *sum = hn::Add(*sum, term(Tap<1>()));
-            *sum = hn::Add(*sum, term(Tap<2>()));
-            if constexpr (kSize == 5) {
-                *sum = hn::Add(*sum, term(Tap<3>()));
-                *sum = hn::Add(*sum, term(Tap<4>()));
-            }
+            sum = hn::Add(hn::Add(sum, term(Tap<1>())), term(Tap<2>()));
+            if constexpr (kSize == 5) sum = hn::Add(hn::Add(sum, term(Tap<3>())), term(Tap<4>()));
         }
+        return sum;
     }
 };
 
@@ -82,51 +82,49 @@ struct InTapOrder {
 template <int kSize>
 struct Inwards {
     static constexpr int kTaps = kSize;
-    static constexpr size_t kVectors = 1;
 
     template <class D, class Samples>
-    static HWY_INLINE void sums(Vectors<1>, D d, const Samples& s, const Kernel32f<kTaps>& k, hn::Vec<D>* sum) {
-        const auto term = [&](auto tap) HWY_ATTR { return hn::Mul(s(tap, 0), hn::Set(d, k[tap])); };
-        *sum = hn::Add(term(Tap<0>()), term(Tap<kSize - 1>()));
-        if constexpr (kSize == 5) *sum = hn::Add(*sum, hn::Add(term(Tap<1>()), term(Tap<3>())));
-        *sum = hn::Add(*sum, term(Tap<kSize / 2>()));
+    static HWY_INLINE hn::Vec<D> sum(D d, const Samples& s, const Kernel32f<kTaps>& k) {
+        const auto term = [&](auto tap) HWY_ATTR { return hn::Mul(s(tap), hn::Set(d, k[tap])); };
+        auto sum = hn::Add(term(Tap<0>()), term(Tap<kSize - 1>()));
+        if constexpr (kSize == 5) sum = hn::Add(sum, hn::Add(term(Tap<1>()), term(Tap<3>())));
+        return hn::Add(sum, term(Tap<kSize / 2>()));
     }
 };
 
 // Five taps of a symmetric kernel: what has the same coefficient is added first.
 struct Folded5 {
     static constexpr int kTaps = 5;
-    static constexpr size_t kVectors = 1;
 
     template <class D, class Samples>
-    static HWY_INLINE void sums(Vectors<1>, D d, const Samples& s, const Kernel32f<kTaps>& k, hn::Vec<D>* sum) {
-        const auto outer = hn::Mul(hn::Add(s(Tap<0>(), 0), s(Tap<4>(), 0)), hn::Set(d, k[0]));
-        const auto inner = hn::Mul(hn::Add(s(Tap<1>(), 0), s(Tap<3>(), 0)), hn::Set(d, k[1]));
-        *sum = hn::Add(hn::Add(outer, inner), hn::Mul(s(Tap<2>(), 0), hn::Set(d, k[2])));
+    static HWY_INLINE hn::Vec<D> sum(D d, const Samples& s, const Kernel32f<kTaps>& k) {
+        const auto outer = hn::Mul(hn::Add(s(Tap<0>()), s(Tap<4>())), hn::Set(d, k[0]));
+        const auto inner = hn::Mul(hn::Add(s(Tap<1>()), s(Tap<3>())), hn::Set(d, k[1]));
+        return hn::Add(hn::Add(outer, inner), hn::Mul(s(Tap<2>()), hn::Set(d, k[2])));
     }
 };
 
-// The first tap, then two that are added up before they join the sum, then one, then two, and so on.
+// The first tap, then two that are added up before they join the sum, then one, then two, and so on. Several vectors of
+// sums share the coefficients.
 struct InThrees {
     static constexpr int kTaps = 0;
-    static constexpr size_t kVectors = HWY_TARGET <= HWY_AVX3 ? 2 : 4;
 
     template <size_t n, class D, int kChannels>
     static HWY_INLINE void sums(Vectors<n> vectors, D d, const Loaded<D, kChannels>& s, const Kernel32f<0>& k,
                                 hn::Vec<D>* sum) {
         const auto addOne = [&](int i) HWY_ATTR {
             const auto a = hn::Set(d, k[i]);
-            forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Add(sum[v], hn::Mul(s(i, v), a)); });
+            forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Add(sum[v], hn::Mul(s.vector(v)(i), a)); });
         };
         const auto addTwo = [&](int i) HWY_ATTR {
             const auto a = hn::Set(d, k[i]);
             const auto b = hn::Set(d, k[i + 1]);
             forEachVector(vectors, [&](size_t v) HWY_ATTR {
-                sum[v] = hn::Add(sum[v], hn::Add(hn::Mul(s(i, v), a), hn::Mul(s(i + 1, v), b)));
+                sum[v] = hn::Add(sum[v], hn::Add(hn::Mul(s.vector(v)(i), a), hn::Mul(s.vector(v)(i + 1), b)));
             });
         };
         const auto first = hn::Set(d, k[0]);
-        forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Mul(s(0, v), first); });
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Mul(s.vector(v)(0), first); });
         const int taps = k.size();
         int i = 1;
         for (; i + 2 < taps; i += 3) {
@@ -145,8 +143,8 @@ struct InThrees {
     static HWY_INLINE void sums(Vectors<2>, D d, Joined<D, kChannels> s, const Kernel32f<0>& k, hn::Vec<D>* sum) {
         const Qel32f* taps = k.taps();
         const auto first = hn::Set(d, *taps);
-        auto sum0 = hn::Mul(s(Tap<0>(), 0), first);
-        auto sum1 = hn::Mul(s(Tap<0>(), 1), first);
+        auto sum0 = hn::Mul(s(Tap<0>()), first);
+        auto sum1 = hn::Mul(s.vector(1)(Tap<0>()), first);
         for (int left = k.size() - 1; left > 0; left -= kTogether) {
             addFrom<1>(d, s, taps, left, sum0, sum1);
             s.first += kTogether * kChannels;
@@ -160,50 +158,64 @@ private:
     // Taps whose distance from the first one is known when this is compiled.
     static constexpr int kTogether = 48;
 
-    // Adds the taps from kTap to kTogether, at most `left` of them.
+    // Adds the taps from kTap to kTogether, at most `left` of them, to two neighbouring vectors of sums.
     template <int kTap, class D, class Samples, class V = hn::Vec<D>>
     static HWY_INLINE void addFrom(D d, const Samples& s, const Qel32f* taps, int left, V& sum0, V& sum1) {
         if constexpr (kTap < kTogether) {
             const auto a = hn::Set(d, taps[kTap]);
-            const auto one0 = hn::Mul(s(Tap<kTap>(), 0), a);
-            const auto one1 = hn::Mul(s(Tap<kTap>(), 1), a);
+            const auto one0 = hn::Mul(s(Tap<kTap>()), a);
+            const auto one1 = hn::Mul(s.vector(1)(Tap<kTap>()), a);
             if (left == 1) {
                 sum0 = hn::Add(sum0, one0);
                 sum1 = hn::Add(sum1, one1);
                 return;
             }
             const auto b = hn::Set(d, taps[kTap + 1]);
-            sum0 = hn::Add(sum0, hn::Add(one0, hn::Mul(s(Tap<kTap + 1>(), 0), b)));
-            sum1 = hn::Add(sum1, hn::Add(one1, hn::Mul(s(Tap<kTap + 1>(), 1), b)));
+            sum0 = hn::Add(sum0, hn::Add(one0, hn::Mul(s(Tap<kTap + 1>()), b)));
+            sum1 = hn::Add(sum1, hn::Add(one1, hn::Mul(s.vector(1)(Tap<kTap + 1>()), b)));
             if (left == 2) return;
             const auto c = hn::Set(d, taps[kTap + 2]);
-            sum0 = hn::Add(sum0, hn::Mul(s(Tap<kTap + 2>(), 0), c));
-            sum1 = hn::Add(sum1, hn::Mul(s(Tap<kTap + 2>(), 1), c));
+            sum0 = hn::Add(sum0, hn::Mul(s(Tap<kTap + 2>()), c));
+            sum1 = hn::Add(sum1, hn::Mul(s.vector(1)(Tap<kTap + 2>()), c));
             if (left > 3) addFrom<kTap + 3>(d, s, taps, left - 3, sum0, sum1);
         }
     }
 #endif
 };
 
-// n vectors of results whose samples lie among the `count` samples from src on.
+// Vectors of sums that are formed at once.
+template <class Order>
+constexpr size_t kVectors = kJoins              ? 2
+                            : Order::kTaps == 0 ? 4
+                                                : 1;
+
+template <class Order, size_t n, class D, class Samples>
+HWY_INLINE void sumsOf(Vectors<n> vectors, D d, const Samples& s, const Kernel32f<Order::kTaps>& k, hn::Vec<D>* sums) {
+    if constexpr (Order::kTaps == 0) {
+        Order::sums(vectors, d, s, k, sums);
+    } else {
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { sums[v] = Order::sum(d, s.vector(v), k); });
+    }
+}
+
+// n vectors of sums of samples among the `count` ones from src on.
 template <class Order, int kChannels, size_t n, class D>
-HWY_INLINE void sumsAt(Vectors<n> vectors, D d, const Qel32f* src, size_t count, const Kernel32f<Order::kTaps>& k,
-                       hn::Vec<D>* sums) {
+HWY_INLINE void sumsAt(Vectors<n> vectors, D d, const Qel32f* src, [[maybe_unused]] size_t count,
+                       const Kernel32f<Order::kTaps>& k, hn::Vec<D>* sums) {
 #if HWY_TARGET <= HWY_AVX3
-    if constexpr (sizeof(hn::Vec<D>) == HWY_MAX_BYTES && n == Order::kVectors) {
+    if constexpr (n == kVectors<Order>) {
         using Samples = Joined<D, kChannels>;
-        if (Samples::samplesRead(k.size(), n) <= count) return Order::sums(vectors, d, Samples{src}, k, sums);
+        if (Samples::samplesRead(k.size(), n) <= count) return sumsOf<Order>(vectors, d, Samples{src}, k, sums);
     }
 #endif
-    (void)count;
-    Order::sums(vectors, d, Loaded<D, kChannels>{src}, k, sums);
+    sumsOf<Order>(vectors, d, Loaded<D, kChannels>{src}, k, sums);
 }
 
 // Results whose samples all lie in the row.
 template <class Order, int kChannels, bool kStreaming>
 HWY_INLINE void interiorResults(const Qel32f* src, const Kernel32f<Order::kTaps>& k, Qel32f* out, size_t count) {
     const size_t samples = count + size_t(k.size() - 1) * kChannels;
-    const auto op = [&]<size_t n>(auto d, size_t x, Vectors<n> vectors, auto store) HWY_ATTR {
+    const auto op = [&]<size_t n>(auto d, size_t x, Vectors<n> vectors, auto store) QEL_INLINE_LAMBDA {
         hn::Vec<decltype(d)> sums[n];
         sumsAt<Order, kChannels>(vectors, d, src + x, samples - x, k, sums);
         forEachVector(vectors, [&](size_t v) HWY_ATTR { store(sums[v], d, out + x + v * hn::Lanes(d)); });
@@ -212,20 +224,18 @@ HWY_INLINE void interiorResults(const Qel32f* src, const Kernel32f<Order::kTaps>
         forVectorsInto<true>(out, hn::ScalableTag<Qel32f>(), count,
                              [&](auto d, size_t x, auto store) HWY_ATTR { op(d, x, Vectors<1>(), store); });
     } else {
-        const auto cached = [&](auto d, size_t x, auto vectors) HWY_ATTR { op(d, x, vectors, CachedStore()); };
+        const auto cached = [&](auto d, size_t x, auto vectors) QEL_INLINE_LAMBDA { op(d, x, vectors, CachedStore()); };
         const auto few = [&]() HWY_ATTR {
             forVectors(hn::CappedTag<Qel32f, kGroup>(), count,
                        [&](auto d, size_t x) HWY_ATTR { cached(d, x, Vectors<1>()); });
         };
-        forOverlapping(Vectors<Order::kVectors>(), hn::ScalableTag<Qel32f>(), out, count, cached, few);
+        forOverlapping(Vectors<kVectors<Order>>(), hn::ScalableTag<Qel32f>(), out, count, cached, few);
     }
 }
 
 template <class Order, int kChannels, class D>
 HWY_INLINE void storeSum(D d, const Qel32f* s, const Kernel32f<Order::kTaps>& k, Qel32f* out) {
-    hn::Vec<D> sum;
-    Order::sums(Vectors<1>(), d, Loaded<D, kChannels>{s}, k, &sum);
-    hn::StoreU(sum, d, out);
+    hn::StoreU(Order::sum(d, Loaded<D, kChannels>{s}, k), d, out);
 }
 
 template <int kChannels, int kTaps>

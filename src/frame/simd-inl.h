@@ -5,6 +5,10 @@
 
 #include "frame/kernel.h"
 
+// Stands where a lambda has HWY_ATTR, if it must become part of its caller though it is called more than once.
+#undef QEL_INLINE_LAMBDA
+#define QEL_INLINE_LAMBDA HWY_ATTR __attribute__((always_inline))
+
 #if defined(QELCV_FRAME_SIMD_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef QELCV_FRAME_SIMD_INL_H_
 #undef QELCV_FRAME_SIMD_INL_H_
