@@ -314,7 +314,9 @@ QEL_API qelStatus qeliFilterColumnPipelineGetBufferSize_32f_C3R(QelSize roiSize,
  * @retval qelStatusBadSize                 width or height below 1
  * @retval qelStatusBadStep                 a step is shorter than its row
  * @retval qelStatusStepNotElementMultiple  16s, 32f: a step is not a multiple of the sample size
- * @retval qelStatusBadArg                  borderMode is none of the five, or has other flags only; then divisor is 0
+ * @retval qelStatusBadArg                  borderMode is none of the five, or has some of the flags 0xFFC0 but neither
+ *                                          of the two that are known; beside one of these, and above 0xFFFF, any flag
+ *                                          is passed over; then divisor is 0
  * @retval qelStatusBadMaskSize             mask is neither 33 nor 55
  *
  * Tested in this order; on an error nothing is written. No alignment is needed. Where there are several cores and the
@@ -465,7 +467,8 @@ QEL_API qelStatus qeliFilterLowpassGetBufferSize_8u_C1R(QelSize roiSize, int mas
  * @name Kernels of Sobel filters of any size
  *
  * Fills pKernel with the binomial coefficients of kernelSize - dx - 1 sums, differentiated dx times: 1 2 1, -1 0 1 and
- * 1 -2 1 are those of size 3. 16s coefficients wrap at 16 bits, which they do from size 19 on.
+ * 1 -2 1 are those of size 3. 16s coefficients wrap at 16 bits, which those of order 0 do from
+ * size 19 on.
  *
  * @param pKernel     receives kernelSize coefficients
  * @param kernelSize  odd, at least 1

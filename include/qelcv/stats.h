@@ -205,7 +205,7 @@ QEL_API qelStatus qeliAddProduct_32f_C1IMR(const Qel32f* pSrc1, int src1Step, co
  * @name Running average: pSrcDst[x, y] += (pSrc[x, y] - pSrcDst[x, y]) * alpha
  *
  * In single precision, with three roundings in this order: difference, product, sum. So alpha 0 keeps a
- * finite accumulator unless the difference overflows, and alpha 1 does not always meet the source. Where two NaNs meet,
+ * finite accumulator where the difference is finite, but for -0, which may become 0; alpha 1 does not always meet the source. Where two NaNs meet,
  * the result is one of them.
  *
  * @param pSrc          first sample of the source region
@@ -386,8 +386,8 @@ QEL_API qelStatus qeliNorm_L2_32f_C3CMR(const Qel32f* pSrc, int srcStep, const Q
  * @retval qelStatusBadChannel              C3: coi is not 1, 2 or 3
  * @retval qelStatusNoMemory                more than 32 threads, and no memory for a table of their results
  *
- * Tested in this order; on an error nothing is written. No alignment is needed. Large regions go to OpenMP threads;
- * their number changes the last bits of L2 of 16u, and nothing else.
+ * Tested in this order; on an error nothing is written. No alignment is needed. Large regions go to OpenMP threads,
+ * those of Inf and of 32f excepted; their number changes the last bits of L2 of 16u, and nothing else.
  */
 /** @{ */
 QEL_API qelStatus qeliNormDiff_Inf_8u_C1MR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
@@ -467,8 +467,8 @@ QEL_API qelStatus qeliNormDiff_L2_32f_C3CMR(const Qel32f* pSrc1, int src1Step, c
  * @retval qelStatusBadChannel              C3: coi is not 1, 2 or 3
  * @retval qelStatusNoMemory                more than 32 threads, and no memory for a table of their results
  *
- * Tested in this order; on an error nothing is written. No alignment is needed. Large regions go to OpenMP threads;
- * their number changes the last bits of L2 of 16u, and nothing else.
+ * Tested in this order; on an error nothing is written. No alignment is needed. Large regions go to OpenMP threads,
+ * those of 32f and of L1 of 8u C1MR excepted; their number changes the last bits of L2 of 16u, and nothing else.
  */
 /** @{ */
 QEL_API qelStatus qeliNormRel_Inf_8u_C1MR(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step,
@@ -780,7 +780,8 @@ QEL_API qelStatus qeliUpdateMotionHistory_32f_C1IR(const Qel32f* pSilhouette, in
  * @retval qelStatusBadArg                  norm is another number
  *
  * Tested in this order; on an error nothing is written. No alignment is needed. Runs on the caller's thread. To be
- * called from outside of OpenMP regions: a thread of a team of several gets the upper rows of the region only.
+ * called from outside of OpenMP regions: a thread of a team of several gets the upper rows only of a region of at least
+ * 32 rows and 2048 pixels.
  */
 /** @{ */
 QEL_API qelStatus qeliGradientColorToGray_8u_C3C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,

@@ -16,7 +16,7 @@ typedef struct QelVersionRecord {
     int majorVersion;        /**< major version */
     int minorVersion;        /**< minor version */
     int buildMajor;          /**< major build number */
-    int buildNumber;         /**< minor build number */
+    int buildNumber;         /**< build number */
     char targetTag[4];       /**< tag of the processor-specific build: "t7" and two zero bytes */
     const char* libraryName; /**< the library's file name */
     const char* versionText; /**< printable version */

@@ -2,6 +2,8 @@
 #ifndef QELCV_FILTER_BORDER_MODE_H_
 #define QELCV_FILTER_BORDER_MODE_H_
 
+#include <cstdint>
+
 #include "qelcv/types.h"
 
 namespace qel {
@@ -13,8 +15,8 @@ constexpr int kRowsBelowInMemory = 0x20;
 
 constexpr bool isBorderMode(int mode) { return mode >= qelBorderConst && mode <= qelBorderMirrR; }
 
-// `a` modulo `n`, from 0 up to n - 1 for negative `a` too.
-constexpr int modulo(int a, int n) { return a % n < 0 ? a % n + n : a % n; }
+// `a` modulo `n`, from 0 up to n - 1 for negative `a` too. A period may be twice as long as the longest row.
+constexpr int64_t modulo(int64_t a, int64_t n) { return a % n < 0 ? a % n + n : a % n; }
 
 // What extendedIndex gives where the border's constant stands.
 constexpr int kConstantSample = -1;
@@ -27,15 +29,17 @@ constexpr int extendedIndex(int mode, int i, int n) {
         case qelBorderRepl:
             return i < 0 ? 0 : n - 1;
         case qelBorderWrap:
-            return modulo(i, n);
+            return static_cast<int>(modulo(i, n));
         case qelBorderMirr: {
             if (n == 1) return 0;
-            const int phase = modulo(i, 2 * (n - 1));
-            return phase < n ? phase : 2 * (n - 1) - phase;
+            const int64_t last = n - 1;
+            const int64_t phase = modulo(i, 2 * last);
+            return static_cast<int>(phase < n ? phase : 2 * last - phase);
         }
         case qelBorderMirrR: {
-            const int phase = modulo(i, 2 * n);
-            return phase < n ? phase : 2 * n - 1 - phase;
+            const int64_t period = 2 * int64_t{n};
+            const int64_t phase = modulo(i, period);
+            return static_cast<int>(phase < n ? phase : period - 1 - phase);
         }
         default:
             return kConstantSample;

@@ -33,9 +33,11 @@ inline int area(QelSize roi) {
     return static_cast<int>(static_cast<unsigned>(roi.width) * static_cast<unsigned>(roi.height));
 }
 
-// A region of n-channel pixels as one of samples. A width beyond the range of int is met by no step, as before.
+// A region of n-channel pixels as one of samples. A width that is not positive stays so; one beyond the range of int
+// becomes the largest, so steps are tested against the region of pixels.
 inline QelSize samples(QelSize roi, int channels) {
-    return {static_cast<int>(std::min<int64_t>(int64_t{roi.width} * channels, INT_MAX)), roi.height};
+    const int64_t width = int64_t{roi.width} * channels;
+    return {static_cast<int>(std::clamp<int64_t>(width, INT_MIN, INT_MAX)), roi.height};
 }
 
 // What a step is tested against: the bytes of a row and of a sample.

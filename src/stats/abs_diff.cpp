@@ -11,15 +11,16 @@ namespace {
 
 template <class T, class Kernels>
 qelStatus absDiff(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, T* pDst, int dstStep, QelSize roiSize,
-                  const Kernels& kernels) {
+                  int channels, const Kernels& kernels) {
     const qelStatus status = Check()
                                  .pointers(pSrc1, pSrc2, pDst)
                                  .size(roiSize)
-                                 .steps(rowOf<T>(roiSize.width), src1Step, src2Step, dstStep)
+                                 .steps(rowOf<T>(roiSize.width, channels), src1Step, src2Step, dstStep)
                                  .status();
     if (status != qelStatusOk) return status;
 
-    forRows(roiSize, area(roiSize) >= kElementwiseLimit, [&](const Share& s) {
+    const QelSize size = samples(roiSize, channels);
+    forRows(size, area(size) >= kElementwiseLimit, [&](const Share& s) {
         AbsDiffKernel<T>* const kernel = pick(kernels, s.size);
         kernel(row(pSrc1, src1Step, s.y), src1Step, row(pSrc2, src2Step, s.y), src2Step, row(pDst, dstStep, s.y),
                dstStep, s.size);
@@ -53,20 +54,16 @@ T sampleOf(Value value) {
 }  // namespace
 }  // namespace qel
 
-#define ABS_DIFF(name, T, ...)                                                                       \
-    qelStatus name(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, T* pDst, int dstStep, \
-                   QelSize roiSize) {                                                                \
-        return qel::absDiff(pSrc1, src1Step, pSrc2, src2Step, pDst, dstStep, roiSize, __VA_ARGS__);  \
+#define ABS_DIFF(name, T, channels, ...)                                                                      \
+    qelStatus name(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, T* pDst, int dstStep,          \
+                   QelSize roiSize) {                                                                         \
+        return qel::absDiff(pSrc1, src1Step, pSrc2, src2Step, pDst, dstStep, roiSize, channels, __VA_ARGS__); \
     }
-ABS_DIFF(qeliAbsDiff_8u_C1R, Qel8u, qel::ByVolume{qel::ownAbsDiff_8u_C1R_W7, qel::ownAbsDiff_8u_C1R_W7_B, 3})
-ABS_DIFF(qeliAbsDiff_16u_C1R, Qel16u, qel::ByVolume{qel::ownAbsDiff_16u_C1R_W7, qel::ownAbsDiff_16u_C1R_W7_B, 6})
-ABS_DIFF(qeliAbsDiff_32f_C1R, Qel32f, qel::ByVolume{qel::ownAbsDiff_32f_C1R_A6, qel::ownAbsDiff_32f_C1R_A6_B, 12})
+ABS_DIFF(qeliAbsDiff_8u_C1R, Qel8u, 1, qel::ByVolume{qel::ownAbsDiff_8u_C1R_W7, qel::ownAbsDiff_8u_C1R_W7_B, 3})
+ABS_DIFF(qeliAbsDiff_8u_C3R, Qel8u, 3, qel::ByVolume{qel::ownAbsDiff_8u_C1R_W7, qel::ownAbsDiff_8u_C1R_W7_B, 3})
+ABS_DIFF(qeliAbsDiff_16u_C1R, Qel16u, 1, qel::ByVolume{qel::ownAbsDiff_16u_C1R_W7, qel::ownAbsDiff_16u_C1R_W7_B, 6})
+ABS_DIFF(qeliAbsDiff_32f_C1R, Qel32f, 1, qel::ByVolume{qel::ownAbsDiff_32f_C1R_A6, qel::ownAbsDiff_32f_C1R_A6_B, 12})
 #undef ABS_DIFF
-
-qelStatus qeliAbsDiff_8u_C3R(const Qel8u* pSrc1, int src1Step, const Qel8u* pSrc2, int src2Step, Qel8u* pDst,
-                             int dstStep, QelSize roiSize) {
-    return qeliAbsDiff_8u_C1R(pSrc1, src1Step, pSrc2, src2Step, pDst, dstStep, qel::samples(roiSize, 3));
-}
 
 // 16u counts 6 bytes per pixel here too, although only two images of 2 bytes are touched: the choice is part of the
 // contract, and shared with the form of two images.

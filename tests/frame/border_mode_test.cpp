@@ -1,6 +1,7 @@
 #include "filter/border_mode.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 
 #include <string>
 
@@ -38,6 +39,17 @@ TEST(BorderMode, Mirror) {
 TEST(BorderMode, MirrorWithTheEdge) {
     EXPECT_EQ("aabcddcbaabcddcbaabcdd", extended(qelBorderMirrR, "abcd"));
     EXPECT_EQ("aaaaaaaaaaaaaaaaaaa", extended(qelBorderMirrR, "a"));
+}
+TEST(BorderMode, RowsAsLongAsAnIntCounts) {
+    constexpr int kMax = std::numeric_limits<int>::max();
+    for (const int n : {1 << 30, (1 << 30) + 76, kMax}) {
+        EXPECT_EQ(1, extendedIndex(qelBorderMirr, -1, n));
+        EXPECT_EQ(0, extendedIndex(qelBorderMirrR, -1, n));
+        EXPECT_EQ(n - 1, extendedIndex(qelBorderWrap, -1, n));
+        EXPECT_EQ(n - 1, extendedIndex(qelBorderRepl, kMax, n));
+    }
+    EXPECT_EQ(kMax - 4, extendedIndex(qelBorderMirr, kMax, kMax - 1));
+    EXPECT_EQ(kMax - 2, extendedIndex(qelBorderMirrR, kMax - 1, kMax - 1));
 }
 TEST(BorderMode, FiveModes) {
     EXPECT_FALSE(isBorderMode(-1));

@@ -128,6 +128,13 @@ TEST(AbsDiffChecks, WidthsThatOverflow) {
     EXPECT_EQ(qelStatusBadStep, qeliAbsDiff_32f_C1R(&f, 4, &f, 4, &f, 4, {0x40000001, 1}));
     Qel8u u = 1;
     EXPECT_EQ(qelStatusBadStep, qeliAbsDiff_8u_C3R(&u, 4, &u, 4, &u, 4, {0x55555556, 1}));
+    for (const int width : {715827883, std::numeric_limits<int>::max()}) {
+        const int step = std::numeric_limits<int>::max();
+        EXPECT_EQ(qelStatusBadStep, qeliAbsDiff_8u_C3R(&u, step, &u, step, &u, step, {width, 1}));
+    }
+    // Three times these widths, cut to 32 bits, are small and positive.
+    for (const int width : {-1431655765, -1431655764, -1431655000})
+        EXPECT_EQ(qelStatusBadSize, qeliAbsDiff_8u_C3R(&u, 16, &u, 16, &u, 16, {width, 1}));
 }
 
 }  // namespace
