@@ -46,8 +46,9 @@ constexpr RowKernelFacts kRowKernels[] = {facts(kerDx_3),  facts(kerScharr_3), f
                                           facts(kerD2x_3), facts(kerD2x_5),    facts(kerSobel_3), facts(kerSobel_5),
                                           facts(kerAvr_3), facts(kerAvr_5),    facts(kerLap_3)};
 
-// Rows of results that one batch gives.
-constexpr int kStripRows = 16;
+// Rows of results that one turn gives: a quarter of a strip. So few that the column stage meets the rows of the ring in
+// the nearest cache.
+constexpr int kTurnRows = 4;
 
 // What the row stage makes of a row that is borderValue throughout. 32f sums stay as they are.
 template <class Mid, class Src>
@@ -107,17 +108,17 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     int filled = 0;
     int done = 0;
     while (filled < size.height) {
-        const int batch = std::min(size.height - filled, filled == 0 ? ringRows(taps) - reach : kStripRows);
-        filterRows(row(pSrc, srcStep, filled), pointers + write, batch);
-        filled += batch;
-        write += batch;
+        const int turn = std::min(size.height - filled, filled == 0 ? kTurnRows + taps - 1 - reach : kTurnRows);
+        filterRows(row(pSrc, srcStep, filled), pointers + write, turn);
+        filled += turn;
+        write += turn;
         const int ready = write - read - (taps - 1);
         if (ready > 0) {
             filterColumns(pointers + read, done, ready);
             done += ready;
             read += ready;
         }
-        if (write + kStripRows > pointerCount(taps)) {
+        if (write + kTurnRows > pointerCount(taps)) {
             write -= ringRows(taps);
             read -= ringRows(taps);
         }

@@ -4,6 +4,8 @@
 #include "filter/border_mode.h"
 #include "filter/pipeline_scratch.h"
 #include "frame/check.h"
+#include "frame/kernel.h"
+#include "frame/rows.h"
 #include "qelcv/filter.h"
 
 namespace qel {
@@ -63,6 +65,19 @@ void gaussKernel(Qel32f* pKernel, int kernelSize, Qel32f sigma) {
 // A single row or column has nothing to mirror or to repeat but itself.
 int modeAlong(int length, int mode) { return length == 1 && mode != qelBorderConst ? qelBorderRepl : mode; }
 
+// Rows that are filtered across before as many are filtered down: enough for the column pipeline's stores to bypass the
+// cache, few enough for the rows to be found in the second cache.
+int rowsPerTurn(int width) { return 0x20000 / width + 1; }
+
+// Filtered rows that are kept at a time: those of a turn and all that meet them. Every row is kept where borders repeat
+// the far end of the image, where there are hardly more rows than taps, and where the row pipeline uses several
+// threads.
+int rowsKept(QelSize roiSize, int kernelSize, int mode, int rows) {
+    const bool wraps = mode == qelBorderWrap || roiSize.height <= kernelSize;
+    const bool parallel = ownGetNumThreads() > 1 && reachesPerThread(roiSize, 15) && runsepomp(kernelSize) != 0;
+    return wraps || parallel ? rows : std::min(rows, rowsPerTurn(roiSize.width) + kernelSize - 1);
+}
+
 }  // namespace
 }  // namespace qel
 
@@ -85,11 +100,13 @@ qelStatus qeliFilterGaussBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f*
     gaussKernel(scratch.kernel, kernelSize, sigma);
 
     // Row y of the list, from `reach` rows above the region to as many below, is a row of its own or stands for one.
+    // The rows take turns in a ring.
     const int reach = kernelSize / 2;
     const int first = borderMode & kRowsAboveInMemory ? -reach : 0;
     const int last = roiSize.height + (borderMode & kRowsBelowInMemory ? reach : 0);
+    const int kept = rowsKept(roiSize, kernelSize, mode, last - first);
     Qel32f** const list = scratch.rows + reach;
-    for (int y = first; y < last; ++y) list[y] = scratch.image + std::ptrdiff_t{scratch.stride} * (y + reach);
+    for (int y = first; y < last; ++y) list[y] = scratch.image + std::ptrdiff_t{scratch.stride} * ((y - first) % kept);
     const auto standIn = [&](int y) {
         const int index = extendedIndex(modeAlong(roiSize.height, mode), y, roiSize.height);
         return index == kConstantSample ? scratch.constantLine : list[index];
@@ -98,16 +115,24 @@ qelStatus qeliFilterGaussBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f*
     for (int y = -reach; y < first; ++y) list[y] = standIn(y);
     for (int y = last; y < roiSize.height + reach; ++y) list[y] = standIn(y);
 
-    // The row pipeline's scratch is for the rows of the region: rows beyond it are filtered in batches of so many.
-    for (int y = first; y < last; y += roiSize.height) {
-        const QelSize batch = {roiSize.width, std::min(roiSize.height, last - y)};
-        const qelStatus filtered = qeliFilterRowBorderPipeline_32f_C1R(
-            row(pSrc, srcStep, y), srcStep, list + y, batch, scratch.kernel, kernelSize, reach,
-            modeAlong(roiSize.width, mode), borderValue, scratch.rowScratch);
-        if (filtered != qelStatusOk) return qelStatusOk;
+    // The row pipeline's scratch is for as many rows as the region has.
+    const auto filterAcross = [&](int y, int rows) {
+        return qeliFilterRowBorderPipeline_32f_C1R(row(pSrc, srcStep, y), srcStep, list + y, {roiSize.width, rows},
+                                                   scratch.kernel, kernelSize, reach, modeAlong(roiSize.width, mode),
+                                                   borderValue, scratch.rowScratch);
+    };
+    const int turn = kept == last - first ? roiSize.height : kept - (kernelSize - 1);
+    int across = first;
+    for (int y = 0; y < roiSize.height; y += turn) {
+        const int rows = std::min(turn, roiSize.height - y);
+        for (const int needed = std::min(y + rows + reach, last); across < needed;) {
+            const int batch = std::min(needed - across, roiSize.height);
+            if (filterAcross(across, batch) != qelStatusOk) return qelStatusOk;
+            across += batch;
+        }
+        qeliFilterColumnPipeline_32f_C1R(list + y - reach, row(pDst, dstStep, y), dstStep, {roiSize.width, rows},
+                                         scratch.kernel, kernelSize, scratch.columnScratch);
     }
-    qeliFilterColumnPipeline_32f_C1R(scratch.rows, pDst, dstStep, roiSize, scratch.kernel, kernelSize,
-                                     scratch.columnScratch);
     return qelStatusOk;
 }
 

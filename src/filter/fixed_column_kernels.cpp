@@ -3,103 +3,13 @@
 #include "filter/fixed_kernels.h"
 
 #define HWY_TARGET_INCLUDE "filter/fixed_column_kernels.cpp"
-#include "frame/simd-inl.h"
+#include "filter/fixed_formulas-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qel {
 namespace HWY_NAMESPACE {
 namespace {
 
-template <class V>
-HWY_INLINE V twice(V v) {
-    return hn::Add(v, v);
-}
-
-template <class V>
-HWY_INLINE V times(V v, int factor) {
-    const hn::DFromV<V> d;
-    return hn::Mul(v, hn::Set(d, static_cast<hn::TFromV<V>>(factor)));
-}
-
-// A formula gets the samples of a column from r(i), i from 0 for the topmost row. 16s sums wrap. Of 32f, sums are
-// formed as they are written here.
-struct Dx3 {
-    static constexpr int kTaps = 3;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Sub(r(2), r(0));
-    }
-};
-struct Dx5 {
-    static constexpr int kTaps = 5;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Add(hn::Sub(r(4), r(0)), twice(hn::Sub(r(3), r(1))));
-    }
-};
-struct D2x3 {
-    static constexpr int kTaps = 3;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Sub(hn::Add(r(0), r(2)), twice(r(1)));
-    }
-};
-struct D2x5 {
-    static constexpr int kTaps = 5;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Sub(hn::Add(r(0), r(4)), twice(r(2)));
-    }
-};
-struct Sobel3 {
-    static constexpr int kTaps = 3;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Add(hn::Add(r(0), r(2)), twice(r(1)));
-    }
-};
-struct Sobel5 {
-    static constexpr int kTaps = 5;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Add(hn::Add(hn::Add(r(0), r(4)), times(hn::Add(r(1), r(3)), 4)), times(r(2), 6));
-    }
-};
-struct SobelNeg3 {
-    static constexpr int kTaps = 3;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Neg(Sobel3()(r));
-    }
-};
-struct SobelNeg5 {
-    static constexpr int kTaps = 5;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Neg(Sobel5()(r));
-    }
-};
-struct Scharr3 {
-    static constexpr int kTaps = 3;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Add(times(hn::Add(r(0), r(2)), 3), times(r(1), 10));
-    }
-};
-struct Avr3 {
-    static constexpr int kTaps = 3;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Add(hn::Add(r(0), r(1)), r(2));
-    }
-};
-struct Avr5 {
-    static constexpr int kTaps = 5;
-    template <class R>
-    HWY_INLINE auto operator()(const R& r) const {
-        return hn::Add(hn::Add(hn::Add(hn::Add(r(0), r(1)), r(2)), r(3)), r(4));
-    }
-};
 // Rows are two wide: r gives the sums of neighbours, r.second eight times the sample itself.
 struct Laplacian3 {
     static constexpr int kTaps = 3;
@@ -133,39 +43,31 @@ struct Column {
 // Rows of results that one pass over the columns gives, so that a sample is loaded once for several of them.
 constexpr int kRowsAtOnce = 4;
 
-// Fills size.height rows of results with op(d, column, out), which gives those at out. The results of one pass are all
-// formed before the first is stored.
-template <class Mid, class Dst, class Op>
+// kRows rows of results by op(d, column, out), which gives those at out. All of them are formed before the first is
+// stored. The addresses of the source rows are kept at hand: in memory, a store could change them, as far as a compiler
+// knows.
+template <int kTaps, int kRows, class Mid, class Dst, class Op>
+HWY_INLINE void columnRows(const Mid* const* pRows, Dst* out, int dstStep, int width, const Op& op) {
+    const int secondHalf = intermediateStride(width);
+    const Mid* rows[kRows + kTaps - 1];
+    for (int i = 0; i < kRows + kTaps - 1; ++i) rows[i] = pRows[i];
+    forVectors(hn::ScalableTag<Mid>(), size_t(width), [&](auto d, size_t x) QEL_INLINE_LAMBDA {
+        const hn::Rebind<Dst, decltype(d)> dOut;
+        hn::Vec<decltype(dOut)> results[kRows];
+#pragma GCC unroll 4
+        for (int i = 0; i < kRows; ++i)
+            results[i] = op(d, Column<decltype(d)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
+#pragma GCC unroll 4
+        for (int i = 0; i < kRows; ++i) hn::StoreU(results[i], dOut, row(out, dstStep, i) + x);
+    });
+}
+
+template <int kTaps, class Mid, class Dst, class Op>
 HWY_INLINE void forColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
-    const int secondHalf = intermediateStride(size.width);
-    const auto width = static_cast<size_t>(size.width);
     int y = 0;
-    for (; y + kRowsAtOnce <= size.height; y += kRowsAtOnce) {
-        Dst* const out = row(pDst, dstStep, y);
-        const Mid* const* const rows = pRows + y;
-        forVectors(hn::ScalableTag<Mid>(), width, [&op, out, dstStep, rows, secondHalf](auto d, size_t x) HWY_ATTR {
-            const hn::Rebind<Dst, decltype(d)> dOut;
-            const auto results = [&](int i) HWY_ATTR {
-                return op(d, Column<decltype(d)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
-            };
-            const auto first = results(0);
-            const auto second = results(1);
-            const auto third = results(2);
-            const auto fourth = results(3);
-            hn::StoreU(first, dOut, out + x);
-            hn::StoreU(second, dOut, row(out, dstStep, 1) + x);
-            hn::StoreU(third, dOut, row(out, dstStep, 2) + x);
-            hn::StoreU(fourth, dOut, row(out, dstStep, 3) + x);
-        });
-    }
-    for (; y < size.height; ++y) {
-        Dst* const out = row(pDst, dstStep, y);
-        const Mid* const* const rows = pRows + y;
-        forVectors(hn::ScalableTag<Mid>(), width, [&op, out, rows, secondHalf](auto d, size_t x) HWY_ATTR {
-            const hn::Rebind<Dst, decltype(d)> dOut;
-            hn::StoreU(op(d, Column<decltype(d)>{rows, x, secondHalf}, out + x), dOut, out + x);
-        });
-    }
+    for (; y + kRowsAtOnce <= size.height; y += kRowsAtOnce)
+        columnRows<kTaps, kRowsAtOnce>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+    for (; y < size.height; ++y) columnRows<kTaps, 1>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
 }
 
 // As forColumns for results of the sums' own type, with stores past the cache.
@@ -186,16 +88,17 @@ HWY_INLINE void streamColumns(const T* const* pRows, T* pDst, int dstStep, QelSi
 // The result is the sum itself.
 template <class Formula, class T>
 void filterColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, bool streaming) {
-    const auto sum = [](auto, const auto& column, const T*) HWY_ATTR { return Formula()(column); };
-    streaming ? streamColumns(pRows, pDst, dstStep, size, sum) : forColumns(pRows, pDst, dstStep, size, sum);
+    const auto sum = [](auto, const auto& column, const T*) QEL_INLINE_LAMBDA { return Formula()(column); };
+    streaming ? streamColumns(pRows, pDst, dstStep, size, sum)
+              : forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, sum);
 }
 
 // The result is added to what the destination holds: the second pass of the 5x5 Laplacian.
 template <class Formula, class T>
 void addColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, bool) {
-    forColumns(pRows, pDst, dstStep, size, [](auto d, const auto& column, const T* out) HWY_ATTR {
-        return hn::Add(hn::LoadU(d, out), Formula()(column));
-    });
+    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size,
+                               [](auto d, const auto& column, const T* out)
+                                   QEL_INLINE_LAMBDA { return hn::Add(hn::LoadU(d, out), Formula()(column)); });
 }
 
 // The mean of 32f sums, by a factor of single precision.
@@ -205,8 +108,9 @@ constexpr Qel32f kMeanFactor = Formula::kTaps == 3 ? 0.11111111F : 0.04F;
 template <class Formula>
 void averageColumns(const Qel32f* const* pRows, Qel32f* pDst, int dstStep, QelSize size, int, bool streaming) {
     const auto mean = [](auto d, const auto& column, const Qel32f*)
-                          HWY_ATTR { return hn::Mul(Formula()(column), hn::Set(d, kMeanFactor<Formula>)); };
-    streaming ? streamColumns(pRows, pDst, dstStep, size, mean) : forColumns(pRows, pDst, dstStep, size, mean);
+                          QEL_INLINE_LAMBDA { return hn::Mul(Formula()(column), hn::Set(d, kMeanFactor<Formula>)); };
+    streaming ? streamColumns(pRows, pDst, dstStep, size, mean)
+              : forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, mean);
 }
 
 // The mean of nine bytes, rounded, or of 25 bytes, not rounded: 25 times 255 gives 254.
@@ -219,12 +123,13 @@ constexpr MeanOf8u kMeanOf8u = Formula::kTaps == 3 ? MeanOf8u{5, 7280} : MeanOf8
 
 template <class Formula>
 void averageColumnsTo8u(const Qel16s* const* pRows, Qel8u* pDst, int dstStep, QelSize size, int, bool) {
-    forColumns(pRows, pDst, dstStep, size, [](auto d, const auto& column, const Qel8u*) HWY_ATTR {
-        const hn::RebindToUnsigned<decltype(d)> du;
-        const auto sum = hn::Add(hn::BitCast(du, Formula()(column)), hn::Set(du, kMeanOf8u<Formula>.half));
-        const auto mean = hn::MulHigh(sum, hn::Set(du, kMeanOf8u<Formula>.factor));
-        return hn::DemoteTo(hn::Rebind<Qel8u, decltype(d)>(), hn::BitCast(d, mean));
-    });
+    forColumns<Formula::kTaps>(
+        pRows, pDst, dstStep, size, [](auto d, const auto& column, const Qel8u*) QEL_INLINE_LAMBDA {
+            const hn::RebindToUnsigned<decltype(d)> du;
+            const auto sum = hn::Add(hn::BitCast(du, Formula()(column)), hn::Set(du, kMeanOf8u<Formula>.half));
+            const auto mean = hn::MulHigh(sum, hn::Set(du, kMeanOf8u<Formula>.factor));
+            return hn::DemoteTo(hn::Rebind<Qel8u, decltype(d)>(), hn::BitCast(d, mean));
+        });
 }
 
 // 8s results come in groups of so many. The samples of a row beyond its last full group truncate where the groups round

@@ -4,95 +4,14 @@
 #include "filter/fixed_kernels.h"
 
 #define HWY_TARGET_INCLUDE "filter/fixed_row_kernels.cpp"
-#include "frame/simd-inl.h"
+#include "filter/fixed_formulas-inl.h"
+#include "filter/taps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qel {
 namespace HWY_NAMESPACE {
 namespace {
 
-template <class V>
-HWY_INLINE V twice(V v) {
-    return hn::Add(v, v);
-}
-
-template <class V>
-HWY_INLINE V times(V v, int factor) {
-    const hn::DFromV<V> d;
-    return hn::Mul(v, hn::Set(d, static_cast<hn::TFromV<V>>(factor)));
-}
-
-// A formula gets the samples of its taps from s(i), i from 0. Of 32f, sums are formed as they are written here.
-struct Dx3 {
-    static constexpr int kTaps = 3;
-    template <class S>
-    HWY_INLINE auto operator()(const S& s) const {
-        return hn::Sub(s(2), s(0));
-    }
-};
-struct DxNeg3 {
-    static constexpr int kTaps = 3;
-    template <class S>
-    HWY_INLINE auto operator()(const S& s) const {
-        return hn::Sub(s(0), s(2));
-    }
-};
-struct DxNeg5 {
-    static constexpr int kTaps = 5;
-    template <class S>
-    HWY_INLINE auto operator()(const S& s) const {
-        return hn::Add(hn::Sub(s(0), s(4)), twice(hn::Sub(s(1), s(3))));
-    }
-};
-struct D2x3 {
-    static constexpr int kTaps = 3;
-    template <class S>
-    HWY_INLINE auto operator()(const S& s) const {
-        return hn::Sub(hn::Add(s(0), s(2)), twice(s(1)));
-    }
-};
-struct D2x5 {
-    static constexpr int kTaps = 5;
-    template <class S>
-    HWY_INLINE auto operator()(const S& s) const {
-        return hn::Sub(hn::Add(s(0), s(4)), twice(s(2)));
-    }
-};
-struct Sobel3 {
-    static constexpr int kTaps = 3;
-    template <class S>
-    HWY_INLINE auto operator()(const S& s) const {
-        return hn::Add(hn::Add(s(0), s(2)), twice(s(1)));
-    }
-};
-struct Sobel5 {
-    static constexpr int kTaps = 5;
-    template <class S>
-    HWY_INLINE auto operator()(const S& s) const {
-        return hn::Add(hn::Add(hn::Add(s(0), s(4)), times(hn::Add(s(1), s(3)), 4)), times(s(2), 6));
-    }
-};
-struct Scharr3 {
-    static constexpr int kTaps = 3;
-    template <class S>
-    HWY_INLINE auto operator()(const S& s) const {
-        return hn::Add(times(hn::Add(s(0), s(2)), 3), times(s(1), 10));
-    }
-};
-struct Avr3 {
-    static constexpr int kTaps = 3;
-    template <class S>
-    HWY_INLINE auto operator()(const S& s) const {
-        return hn::Add(hn::Add(s(0), s(1)), s(2));
-    }
-};
-struct Avr5 {
-    static constexpr int kTaps = 5;
-    template <class S>
-    HWY_INLINE auto operator()(const S& s) const {
-        return hn::Add(hn::Add(hn::Add(hn::Add(s(0), s(1)), s(2)), s(3)), s(4));
-    }
-};
 // The row stage of the Laplacian gives two values: the neighbours' sum, and eight times the sample itself.
 struct Laplacian3 {
     static constexpr int kTaps = 3;
@@ -106,21 +25,17 @@ struct Laplacian3 {
     }
 };
 
-// Samples from p on as intermediate values.
-template <class D, class Src>
-HWY_INLINE hn::Vec<D> samples(D d, const Src* p) {
-    if constexpr (sizeof(Src) == sizeof(hn::TFromD<D>)) {
-        return hn::LoadU(d, p);
-    } else {
-        return hn::PromoteTo(d, hn::LoadU(hn::Rebind<Src, D>(), p));
-    }
-}
-
-template <class Formula, class D, class Src>
-HWY_INLINE void filterAt(D d, const Src* p, hn::TFromD<D>* out, int second) {
-    const auto s = [=](int tap) HWY_ATTR { return samples(d, p + tap); };
-    hn::StoreU(Formula()(s), d, out);
-    if constexpr (std::is_same_v<Formula, Laplacian3>) hn::StoreU(Formula().second(s), d, out + second);
+// n vectors of results from the samples s. All are formed before the first is stored.
+template <class Formula, size_t n, class D, class Samples>
+HWY_INLINE void filterAt(Vectors<n> vectors, D d, const Samples& s, hn::TFromD<D>* out, int second) {
+    const auto storeAll = [&](const auto& sum, hn::TFromD<D>* p) QEL_INLINE_LAMBDA {
+        hn::Vec<D> sums[n];
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { sums[v] = sum(s.vector(v)); });
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { hn::StoreU(sums[v], d, p + v * hn::Lanes(d)); });
+    };
+    storeAll(Formula(), out);
+    if constexpr (std::is_same_v<Formula, Laplacian3>)
+        storeAll([](const auto& one) QEL_INLINE_LAMBDA { return Formula().second(one); }, out + second);
 }
 
 // The results at one end of a row, whose taps reach beyond it. Which samples they meet is the same in every row.
@@ -156,12 +71,25 @@ private:
     int index_[kSamples];
 };
 
-// As forVectors for op that reads one image and writes another: the last vector begins early enough to be whole.
-template <class D, class Op>
-HWY_INLINE void forOverlappingVectors(D d, size_t count, const Op& op) {
-    const size_t lanes = hn::Lanes(d);
-    if (count < lanes) return forVectors(d, count, op);
-    if (forWholeVectors(d, count, op, 0) != count) op(d, count - lanes);
+// Results whose samples are the `count` ones from p on and the taps' reach behind them.
+template <class Formula, class Src, class Mid>
+HWY_INLINE void filterInterior(const Src* p, Mid* out, size_t count, int second) {
+    constexpr size_t kVectors = kJoins && sizeof(Src) == sizeof(Qel32f) ? 2 : 1;
+    [[maybe_unused]] const size_t samples = count + Formula::kTaps - 1;
+    const auto op = [=](auto d, size_t x, auto vectors) QEL_INLINE_LAMBDA {
+        using D = decltype(d);
+#if HWY_TARGET <= HWY_AVX3
+        if constexpr (vectors == 2) {
+            if (x + Joined<D>::samplesRead(Formula::kTaps, vectors) <= samples)
+                return filterAt<Formula>(vectors, d, Joined<D>{p + x}, out + x, second);
+        }
+#endif
+        filterAt<Formula>(vectors, d, Loaded<D, Src>{p + x}, out + x, second);
+    };
+    const hn::ScalableTag<Mid> d;
+    forOverlapping(Vectors<kVectors>(), d, out, count, op, [&]() HWY_ATTR {
+        forVectors(d, count, [&](auto part, size_t x) HWY_ATTR { op(part, x, Vectors<1>()); });
+    });
 }
 
 template <class Formula, class Src, class Mid>
@@ -178,9 +106,7 @@ void filterRows(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, i
         const Src* p = row(pSrc, srcStep, y);
         Mid* out = pRows[y];
         leftEnd.filter(p, out, second);
-        forOverlappingVectors(hn::ScalableTag<Mid>(), size_t(interior), [=](auto d, size_t x) HWY_ATTR {
-            filterAt<Formula>(d, p + x, out + kReach + x, second);
-        });
+        if (interior > 0) filterInterior<Formula>(p, out + kReach, size_t(interior), second);
         rightEnd.filter(p, out, second);
     }
 }

@@ -1,5 +1,6 @@
 // What the row kernels share. Included once per instruction set.
 #include "filter/row_border_pipeline_strips.h"
+#include "filter/taps-inl.h"
 #include "frame/simd-inl.h"
 
 #if defined(QELCV_FILTER_ROW_BORDER_PIPELINE_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -44,45 +45,6 @@ struct Leftover {
     size_t count;
     size_t begin;
 };
-
-// How many vectors an operation works on at once. Long kernels take several, which share what is loaded for each tap.
-template <size_t n>
-using Vectors = std::integral_constant<size_t, n>;
-
-template <size_t n, class Op>
-HWY_INLINE void forEachVector(Vectors<n>, const Op& op) {
-#pragma GCC unroll 4
-    for (size_t v = 0; v < n; ++v) op(v);
-}
-
-// Calls op(d, x, vectors) on blocks of vectors that cover `count` results from `out` on. Behind the first one, blocks
-// begin where stores are aligned, and the last one begins early enough to end with the results, so some are computed
-// twice. Where the results do not fill a block, op gets single vectors, and where they do not fill a vector, all of
-// them are left to few().
-template <size_t n, class D, class Out, class Op, class Few>
-HWY_INLINE void forOverlapping(Vectors<n> vectors, D d, const Out* out, size_t count, const Op& op, const Few& few) {
-    const size_t block = n * hn::Lanes(d);
-    if (count < block) {
-        if constexpr (n == 1) {
-            return few();
-        } else {
-            return forOverlapping(Vectors<1>(), d, out, count, op, few);
-        }
-    }
-    const size_t last = count - block;
-    size_t step = block - reinterpret_cast<uintptr_t>(out) / sizeof(Out) % hn::Lanes(d);
-    bool isLast = last == 0;
-    // One call only, so that it is inlined.
-    for (size_t x = 0;;) {
-        op(d, x, vectors);
-        x += step;
-        step = block;
-        if (x < last) continue;
-        if (isLast) return;
-        isLast = true;
-        x = last;
-    }
-}
 
 // A kernel of kTaps coefficients, or of any number where that is 0. Those of a small kernel stand where the compiler
 // can see that no store changes them.

@@ -3,6 +3,7 @@
 
 #define HWY_TARGET_INCLUDE "filter/row_border_pipeline_32f_kernels.cpp"
 #include "filter/row_border_pipeline-inl.h"
+#include "filter/taps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qel {
@@ -14,50 +15,6 @@ using Filter = RowFilter<Qel32f, Qel32f>;
 template <int kTaps>
 using Kernel32f = Coefficients<kTaps, Qel32f>;
 
-template <int kTap>
-using Tap = std::integral_constant<int, kTap>;
-
-// Where a vector of sums finds the samples of its taps: loaded for each tap,
-template <class D, int kChannels>
-struct Loaded {
-    const Qel32f* first;
-
-    HWY_INLINE Loaded vector(size_t v) const { return {first + v * hn::Lanes(D())}; }
-    HWY_INLINE hn::Vec<D> operator()(int tap) const { return hn::LoadU(D(), first + tap * kChannels); }
-};
-
-// or joined from two whole vectors. Those as long as a line of the cache would nearly all straddle two lines if they
-// were loaded for each tap, which takes twice as long.
-constexpr bool kJoins = HWY_TARGET <= HWY_AVX3;
-#if HWY_TARGET <= HWY_AVX3
-template <class D, int kChannels>
-struct Joined {
-    static constexpr size_t kLanes = hn::MaxLanes(D());
-    const Qel32f* first;
-
-    // How far the last of some vectors reads.
-    static constexpr size_t samplesRead(int taps, size_t vectors) {
-        return (size_t(taps - 1) * kChannels / kLanes + 1 + vectors) * kLanes;
-    }
-
-    HWY_INLINE Joined vector(size_t v) const { return {first + v * kLanes}; }
-
-    template <int kTap>
-    HWY_INLINE hn::Vec<D> operator()(Tap<kTap>) const {
-        constexpr int kShift = kTap * kChannels % kLanes;
-        const Qel32f* const p = first + kTap * kChannels - kShift;
-        const auto low = hn::LoadU(D(), p);
-        if constexpr (kShift == 0) return low;
-        const hn::RebindToSigned<D> di;
-        const auto high = hn::LoadU(D(), p + kLanes);
-        // The form without a mask draws warnings from GCC 12.
-        const auto joined =
-            _mm512_maskz_alignr_epi32(0xFFFF, hn::BitCast(di, high).raw, hn::BitCast(di, low).raw, kShift);
-        return hn::BitCast(D(), hn::Vec<decltype(di)>{joined});
-    }
-};
-#endif
-
 // The orders of summation. Each is a documented result.
 template <int kSize>
 struct InTapOrder {
@@ -65,14 +22,14 @@ struct InTapOrder {
 
     template <class D, class Samples>
     static HWY_INLINE hn::Vec<D> sum(D d, const Samples& s, const Kernel32f<kTaps>& k) {
-        const auto term = [&](auto tap) HWY_ATTR { return hn::Mul(s(tap), hn::Set(d, k[tap])); };
-        auto sum = term(Tap<0>());
+        const auto term = [&](int tap) QEL_INLINE_LAMBDA { return hn::Mul(s(tap), hn::Set(d, k[tap])); };
+        auto sum = term(0);
         if constexpr (kSize == 0) {
             const int taps = k.size();
             for (int i = 1; i < taps; ++i) sum = hn::Add(sum, term(i));
         } else {
-            sum = hn::Add(hn::Add(sum, term(Tap<1>())), term(Tap<2>()));
-            if constexpr (kSize == 5) sum = hn::Add(hn::Add(sum, term(Tap<3>())), term(Tap<4>()));
+            sum = hn::Add(hn::Add(sum, term(1)), term(2));
+            if constexpr (kSize == 5) sum = hn::Add(hn::Add(sum, term(3)), term(4));
         }
         return sum;
     }
@@ -85,10 +42,10 @@ struct Inwards {
 
     template <class D, class Samples>
     static HWY_INLINE hn::Vec<D> sum(D d, const Samples& s, const Kernel32f<kTaps>& k) {
-        const auto term = [&](auto tap) HWY_ATTR { return hn::Mul(s(tap), hn::Set(d, k[tap])); };
-        auto sum = hn::Add(term(Tap<0>()), term(Tap<kSize - 1>()));
-        if constexpr (kSize == 5) sum = hn::Add(sum, hn::Add(term(Tap<1>()), term(Tap<3>())));
-        return hn::Add(sum, term(Tap<kSize / 2>()));
+        const auto term = [&](int tap) QEL_INLINE_LAMBDA { return hn::Mul(s(tap), hn::Set(d, k[tap])); };
+        auto sum = hn::Add(term(0), term(kSize - 1));
+        if constexpr (kSize == 5) sum = hn::Add(sum, hn::Add(term(1), term(3)));
+        return hn::Add(sum, term(kSize / 2));
     }
 };
 
@@ -98,9 +55,9 @@ struct Folded5 {
 
     template <class D, class Samples>
     static HWY_INLINE hn::Vec<D> sum(D d, const Samples& s, const Kernel32f<kTaps>& k) {
-        const auto outer = hn::Mul(hn::Add(s(Tap<0>()), s(Tap<4>())), hn::Set(d, k[0]));
-        const auto inner = hn::Mul(hn::Add(s(Tap<1>()), s(Tap<3>())), hn::Set(d, k[1]));
-        return hn::Add(hn::Add(outer, inner), hn::Mul(s(Tap<2>()), hn::Set(d, k[2])));
+        const auto outer = hn::Mul(hn::Add(s(0), s(4)), hn::Set(d, k[0]));
+        const auto inner = hn::Mul(hn::Add(s(1), s(3)), hn::Set(d, k[1]));
+        return hn::Add(hn::Add(outer, inner), hn::Mul(s(2), hn::Set(d, k[2])));
     }
 };
 
@@ -110,7 +67,7 @@ struct InThrees {
     static constexpr int kTaps = 0;
 
     template <size_t n, class D, int kChannels>
-    static HWY_INLINE void sums(Vectors<n> vectors, D d, const Loaded<D, kChannels>& s, const Kernel32f<0>& k,
+    static HWY_INLINE void sums(Vectors<n> vectors, D d, const Loaded<D, Qel32f, kChannels>& s, const Kernel32f<0>& k,
                                 hn::Vec<D>* sum) {
         const auto addOne = [&](int i) HWY_ATTR {
             const auto a = hn::Set(d, k[i]);
@@ -143,8 +100,8 @@ struct InThrees {
     static HWY_INLINE void sums(Vectors<2>, D d, Joined<D, kChannels> s, const Kernel32f<0>& k, hn::Vec<D>* sum) {
         const Qel32f* taps = k.taps();
         const auto first = hn::Set(d, *taps);
-        auto sum0 = hn::Mul(s(Tap<0>()), first);
-        auto sum1 = hn::Mul(s.vector(1)(Tap<0>()), first);
+        auto sum0 = hn::Mul(s(0), first);
+        auto sum1 = hn::Mul(s.vector(1)(0), first);
         for (int left = k.size() - 1; left > 0; left -= kTogether) {
             addFrom<1>(d, s, taps, left, sum0, sum1);
             s.first += kTogether * kChannels;
@@ -163,20 +120,20 @@ private:
     static HWY_INLINE void addFrom(D d, const Samples& s, const Qel32f* taps, int left, V& sum0, V& sum1) {
         if constexpr (kTap < kTogether) {
             const auto a = hn::Set(d, taps[kTap]);
-            const auto one0 = hn::Mul(s(Tap<kTap>()), a);
-            const auto one1 = hn::Mul(s.vector(1)(Tap<kTap>()), a);
+            const auto one0 = hn::Mul(s.template at<kTap>(), a);
+            const auto one1 = hn::Mul(s.vector(1).template at<kTap>(), a);
             if (left == 1) {
                 sum0 = hn::Add(sum0, one0);
                 sum1 = hn::Add(sum1, one1);
                 return;
             }
             const auto b = hn::Set(d, taps[kTap + 1]);
-            sum0 = hn::Add(sum0, hn::Add(one0, hn::Mul(s(Tap<kTap + 1>()), b)));
-            sum1 = hn::Add(sum1, hn::Add(one1, hn::Mul(s.vector(1)(Tap<kTap + 1>()), b)));
+            sum0 = hn::Add(sum0, hn::Add(one0, hn::Mul(s.template at<kTap + 1>(), b)));
+            sum1 = hn::Add(sum1, hn::Add(one1, hn::Mul(s.vector(1).template at<kTap + 1>(), b)));
             if (left == 2) return;
             const auto c = hn::Set(d, taps[kTap + 2]);
-            sum0 = hn::Add(sum0, hn::Mul(s(Tap<kTap + 2>()), c));
-            sum1 = hn::Add(sum1, hn::Mul(s.vector(1)(Tap<kTap + 2>()), c));
+            sum0 = hn::Add(sum0, hn::Mul(s.template at<kTap + 2>(), c));
+            sum1 = hn::Add(sum1, hn::Mul(s.vector(1).template at<kTap + 2>(), c));
             if (left > 3) addFrom<kTap + 3>(d, s, taps, left - 3, sum0, sum1);
         }
     }
@@ -208,7 +165,7 @@ HWY_INLINE void sumsAt(Vectors<n> vectors, D d, const Qel32f* src, [[maybe_unuse
         if (Samples::samplesRead(k.size(), n) <= count) return sumsOf<Order>(vectors, d, Samples{src}, k, sums);
     }
 #endif
-    sumsOf<Order>(vectors, d, Loaded<D, kChannels>{src}, k, sums);
+    sumsOf<Order>(vectors, d, Loaded<D, Qel32f, kChannels>{src}, k, sums);
 }
 
 // Results whose samples all lie in the row.
@@ -235,7 +192,7 @@ HWY_INLINE void interiorResults(const Qel32f* src, const Kernel32f<Order::kTaps>
 
 template <class Order, int kChannels, class D>
 HWY_INLINE void storeSum(D d, const Qel32f* s, const Kernel32f<Order::kTaps>& k, Qel32f* out) {
-    hn::StoreU(Order::sum(d, Loaded<D, kChannels>{s}, k), d, out);
+    hn::StoreU(Order::sum(d, Loaded<D, Qel32f, kChannels>{s}, k), d, out);
 }
 
 template <int kChannels, int kTaps>

@@ -117,6 +117,21 @@ TEST_P(FilterGauss, ThreadsAgree) {
     }
 }
 
+// More rows than are kept at a time, by few and by many, also where the last turn is short.
+TEST_P(FilterGauss, ImagesOfManyTurns) {
+    uint32_t seed = 0;
+    for (const int height : {34, 47, 48, 49, 100, 131}) {
+        for (const int kernelSize : {3, 15}) {
+            for (int mode = 0; mode < 5; ++mode) {
+                kit::Trial trial(++seed, {4000, height}, 1);
+                trial.setContent(kit::Content::kRandom);
+                const int flags = static_cast<int>(seed % 4) << 4;
+                ASSERT_NO_FATAL_FAILURE(agrees(trial, kernelSize, 2, mode | flags));
+            }
+        }
+    }
+}
+
 // Against the definition in long double: how far the single-precision sums may be off.
 TEST_P(FilterGauss, IsTheGaussian) {
     const QelSize size = {70, 50};
