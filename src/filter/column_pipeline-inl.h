@@ -165,13 +165,7 @@ HWY_INLINE void sumFourRows(D d, const Src* const* pRowSrc, size_t x, const K* t
     emit(3, hn::Add(sum3, hn::Mul(r, k0)));
 }
 
-// Calls op(y, rows) for consecutive blocks of at most `block` rows.
-template <class Op>
-HWY_INLINE void forBlocks(int height, int block, const Op& op) {
-    for (int y = 0; y < height; y += block) op(y, HWY_MIN(block, height - y));
-}
-
-// As forBlocks for sumFourRows and sumOneRow: four rows at a time where there are as many and four taps.
+// Calls four(y) for four rows from y on, as far as there are as many and four taps, then one(y) for each row.
 template <class Four, class One>
 HWY_INLINE void forFoursAndOnes(int height, int taps, const Four& four, const One& one) {
     int y = 0;

@@ -129,44 +129,41 @@ HWY_INLINE hn::Vec<D32> multiplyPairs(D32 d32, V a, V b) {
     return hn::ReorderWidenMulAccumulate(d32, a, b, hn::Zero(d32), unused);
 }
 
-// Sources rows are interleaved by twos: each row's samples meet the first tap beside those of the next row, and the
-// last tap behind those of the row before.
+// Source rows are interleaved by twos: each row's samples meet the first tap beside those of the next row, and the last
+// tap behind those of the row before.
+struct ExactThreeTaps {
+    const Qel16s* k;
+    template <class D, class V>
+    HWY_INLINE V operator()(D d, V r0, V r1, V r2) const {
+        const hn::RepartitionToWide<D> d32;
+        const V k01 = hn::BitCast(d, hn::Set(d32, int32_t(uint32_t(uint16_t(k[0])) | uint32_t(k[1]) << 16)));
+        const V k2 = hn::BitCast(d, hn::Set(d32, int32_t(uint32_t(k[2]) << 16)));
+        const auto lower = hn::Add(multiplyPairs(d32, hn::InterleaveLower(d, r0, r1), k01),
+                                   multiplyPairs(d32, hn::InterleaveLower(d, r1, r2), k2));
+        const auto upper = hn::Add(multiplyPairs(d32, hn::InterleaveUpper(d, r0, r1), k01),
+                                   multiplyPairs(d32, hn::InterleaveUpper(d, r1, r2), k2));
+        return hn::ReorderDemote2To(d, lower, upper);
+    }
+};
+
 template <class T>
 HWY_INLINE void exactThreeTapRows(const Qel16s* const* pRowSrc, T* pDst, int dstStep, QelSize size, const Qel16s* k) {
-    const auto filter = [=](auto d, int y, int rows, size_t x) HWY_ATTR {
-        const hn::RepartitionToWide<decltype(d)> d32;
-        const hn::Rebind<T, decltype(d)> dT;
-        const auto k01 = hn::BitCast(d, hn::Set(d32, int32_t(uint32_t(uint16_t(k[0])) | uint32_t(k[1]) << 16)));
-        const auto k2 = hn::BitCast(d, hn::Set(d32, int32_t(uint32_t(k[2]) << 16)));
-        auto r1 = hn::LoadU(d, pRowSrc[y + 1] + x);
-        const auto r0 = hn::LoadU(d, pRowSrc[y] + x);
-        auto lower = hn::InterleaveLower(d, r0, r1);
-        auto upper = hn::InterleaveUpper(d, r0, r1);
-        for (int i = 0; i < rows; ++i) {
-            prefetchAhead(pRowSrc[y + i + 2] + x);
-            const auto r2 = hn::LoadU(d, pRowSrc[y + i + 2] + x);
-            const auto nextLower = hn::InterleaveLower(d, r1, r2);
-            const auto nextUpper = hn::InterleaveUpper(d, r1, r2);
-            const auto sum =
-                hn::ReorderDemote2To(d, hn::Add(multiplyPairs(d32, lower, k01), multiplyPairs(d32, nextLower, k2)),
-                                     hn::Add(multiplyPairs(d32, upper, k01), multiplyPairs(d32, nextUpper, k2)));
-            T* const out = row(pDst, dstStep, y + i) + x;
-            prefetchAhead(out);
-            if constexpr (sizeof(T) == 1) {
-                hn::StoreU(hn::DemoteTo(dT, sum), dT, out);
-            } else {
-                hn::StoreU(sum, d, out);
-            }
-            r1 = r2;
-            lower = nextLower;
-            upper = nextUpper;
-        }
-    };
-    constexpr int kSlidingRows = 8;
-    forBlocks(size.height, kSlidingRows, [=](int y, int rows) HWY_ATTR {
+    forSourceRows<3>(pRowSrc, size.height, true, [=](int y, const auto& rows) HWY_ATTR {
+        T* const out = row(pDst, dstStep, y);
+        const auto op = [=](auto d, size_t x) HWY_ATTR {
+            rows.filter(d, x, ExactThreeTaps{k}, [=](int i, auto sum) HWY_ATTR {
+                T* const p = row(out, dstStep, i) + x;
+                prefetchAhead(p);
+                if constexpr (sizeof(T) == 1) {
+                    const hn::Rebind<T, decltype(d)> dT;
+                    hn::StoreU(hn::DemoteTo(dT, sum), dT, p);
+                } else {
+                    hn::StoreU(sum, d, p);
+                }
+            });
+        };
         const hn::ScalableTag<Qel16s> d;
         const hn::FixedTag<Qel16s, 8> d8;
-        const auto op = [=](auto dx, size_t x) HWY_ATTR { filter(dx, y, rows, x); };
         const size_t count = size_t(size.width & -8);
         const size_t x = forWholeVectors(d, count, op, 0);
         if constexpr (hn::MaxLanes(d) > hn::MaxLanes(d8)) forWholeVectors(d8, count, op, x);
