@@ -1,8 +1,10 @@
 #include "frame/vector_primitives.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
+#include <cwchar>
 
 #include "kit/bench.h"
 #include "peers/opencv.h"
@@ -37,14 +39,20 @@ void copy(bench::Case& c) {
     OPENCV(c.peer([in = mat(in), out = mat(out)]() mutable { in.copyTo(out); });)
 }
 
+void librarySet(Qel8u value, Qel8u* p, size_t count) { std::memset(p, value, count); }
+template <class Word>
+void librarySet(Word value, Word* p, size_t count) {
+    std::wmemset(reinterpret_cast<wchar_t*>(p), std::bit_cast<wchar_t>(value), count);
+}
+
 template <class T, auto function>
 void set(bench::Case& c) {
     const int len = lengthOf(c);
     const auto out = outputVector<T>(c);
-    constexpr T value = 77;
+    const T value = T(77 + len % 2);  // not for the compiler to know
     c.ours([=] { return function(value, out.data, len); });
-    c.plain([=] { std::fill_n(out.data, len, value); });
-    OPENCV(c.peer([out = mat(out)]() mutable { out.setTo(cv::Scalar::all(value)); });)
+    c.plain([=] { librarySet(value, out.data, size_t(len)); });
+    OPENCV(c.peer([value, out = mat(out)]() mutable { out.setTo(cv::Scalar::all(value)); });)
 }
 
 template <class T, auto function>

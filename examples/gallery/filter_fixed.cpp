@@ -64,23 +64,6 @@ Result<Qel8s> filter(Section& section, const char* name, Divided function, qelSt
     });
 }
 
-// A number from -1 to 1 as a colour: orange above zero, blue below, nearly black at zero.
-Colour signedColour(float value) {
-    constexpr Colour kZero = {0.05f, 0.05f, 0.08f};
-    constexpr Colour kSides[][2] = {{{0.16f, 0.45f, 0.85f}, {0.80f, 0.95f, 1}},
-                                    {{0.93f, 0.42f, 0.16f}, {1, 0.93f, 0.72f}}};
-    const auto& side = kSides[value > 0];
-    const float size = std::min(std::abs(value), 1.0f);
-    return size < 0.5f ? mix(kZero, side[0], size * 2) : mix(side[0], side[1], size * 2 - 1);
-}
-
-template <class T>
-Image<Qel8u> signedColours(const Image<T>& image, float full) {
-    Canvas canvas(image.size());
-    canvas.paint([&](int x, int y) { return signedColour(static_cast<float>(image.at(x, y)) / full); });
-    return canvas.rgb();
-}
-
 // An angle as a hue, as bright as `value` says.
 Colour direction(float across, float down, float value) {
     constexpr float kThird = 2.0943951f;

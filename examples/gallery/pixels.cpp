@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "canvas.h"
-
 namespace gallery {
 namespace {
 
@@ -91,6 +89,15 @@ Image<Qel8u> colourMap(const Image<Qel32f>& image, float from, float to) {
         return mix(kStops[stop], kStops[stop + 1], position - float(stop));
     });
     return canvas.rgb();
+}
+
+Colour signedColour(float value) {
+    constexpr Colour kZero = {0.05f, 0.05f, 0.08f};
+    constexpr Colour kSides[][2] = {{{0.16f, 0.45f, 0.85f}, {0.80f, 0.95f, 1}},
+                                    {{0.93f, 0.42f, 0.16f}, {1, 0.93f, 0.72f}}};
+    const auto& side = kSides[value > 0];
+    const float size = std::min(std::abs(value), 1.0f);
+    return size < 0.5f ? mix(kZero, side[0], size * 2) : mix(side[0], side[1], size * 2 - 1);
 }
 
 Image<Qel8u> amplified(const Image<Qel8u>& image, int factor) {

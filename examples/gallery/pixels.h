@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "canvas.h"
 #include "image.h"
 
 namespace gallery {
@@ -19,10 +20,19 @@ Image<Qel8u> blurred(const Image<Qel8u>& image, int radius);      // mean of 2 r
 Image<Qel8u> picture(const Image<Qel16u>& image);                          // the high bytes
 Image<Qel8u> picture(const Image<Qel32f>& image, float from, float to);    // as grays, one or three channels
 Image<Qel8u> colourMap(const Image<Qel32f>& image, float from, float to);  // dark blue over green to yellow
+Colour signedColour(float value);  // from -1 to 1: orange above zero, blue below, nearly black at zero
 Image<Qel8u> amplified(const Image<Qel8u>& image, int factor);
 Image<Qel8u> zoomed(const Image<Qel8u>& image, QelRect rect, int factor);  // each pixel a square
 Image<Qel8u> sideBySide(const std::vector<Image<Qel8u>>& images);          // from left to right, with a gap
 Image<Qel8u> reduced(const Image<Qel8u>& image, int factor);               // means of factor by factor pixels
+
+// As signedColour, where `full` and what lies beyond is brightest.
+template <class T>
+Image<Qel8u> signedColours(const Image<T>& image, float full) {
+    Canvas canvas(image.size());
+    canvas.paint([&](int x, int y) { return signedColour(static_cast<float>(image.at(x, y)) / full); });
+    return canvas.rgb();
+}
 
 // The smallest and the largest sample.
 template <class T>

@@ -27,7 +27,30 @@ namespace qel {
 // caches.
 inline bool libraryCopies(size_t bytes) { return sizeof(void*) == 8 || bytes < 512; }
 inline bool librarySetsBytes(size_t bytes) { return sizeof(void*) == 8 || bytes < 1536 || bytes > 0x100000; }
-inline bool librarySetsWords(size_t bytes) { return sizeof(void*) == 8 || bytes < 192; }
+inline bool librarySetsWords(size_t bytes) { return sizeof(void*) == 8 || bytes < 256; }
+
+// Fills of 16 to 128 bytes take less time than a call: vectors from both ends on, which may overlap.
+constexpr size_t kShortestFill = 16, kLongestShortFill = 128;
+template <class T>
+constexpr bool isShortFill(size_t count) {  // a count below the shortest wraps around
+    return count - kShortestFill / sizeof(T) <= (kLongestShortFill - kShortestFill) / sizeof(T);
+}
+template <class T>
+inline void setShort(T value, void* pDst, size_t count) {
+    using Vector [[gnu::vector_size(16)]] = T;
+    const Vector vector = Vector{} + value;
+    const size_t bytes = count * sizeof(T);
+    const auto storeAtBothEnds = [&](size_t x) {
+        std::memcpy(static_cast<char*>(pDst) + x, &vector, 16);
+        std::memcpy(static_cast<char*>(pDst) + bytes - 16 - x, &vector, 16);
+    };
+    storeAtBothEnds(0);
+    if (bytes > 32) storeAtBothEnds(16);
+    if (bytes > 64) {
+        storeAtBothEnds(32);
+        storeAtBothEnds(48);
+    }
+}
 
 // The unchecked forms. The source of a copy and its destination do not overlap.
 inline void copyBytes(const void* pSrc, void* pDst, size_t bytes) {
@@ -38,14 +61,18 @@ inline void copyBytes(const void* pSrc, void* pDst, size_t bytes) {
     }
 }
 inline void setBytes(Qel8u value, void* pDst, size_t bytes) {
-    if (librarySetsBytes(bytes)) {
+    if (isShortFill<Qel8u>(bytes)) {
+        setShort(value, pDst, bytes);
+    } else if (librarySetsBytes(bytes)) {
         std::memset(pDst, value, bytes);
     } else {
         ownsSet_8u(value, static_cast<Qel8u*>(pDst), bytes);
     }
 }
 inline void zeroBytes(void* pDst, size_t bytes) {
-    if (librarySetsBytes(bytes)) {
+    if (isShortFill<Qel8u>(bytes)) {
+        setShort(Qel8u{0}, pDst, bytes);
+    } else if (librarySetsBytes(bytes)) {
         std::memset(pDst, 0, bytes);
     } else {
         ownsZero_8u(static_cast<Qel8u*>(pDst), bytes);
@@ -54,7 +81,9 @@ inline void zeroBytes(void* pDst, size_t bytes) {
 inline void setWords(Qel32s value, void* pDst, size_t count) {
     static_assert(sizeof(wchar_t) == sizeof(Qel32s));
     const bool aligned = reinterpret_cast<uintptr_t>(pDst) % sizeof(wchar_t) == 0;  // the library's needs it
-    if (aligned && librarySetsWords(count * sizeof(Qel32s))) {
+    if (isShortFill<Qel32s>(count)) {
+        setShort(value, pDst, count);
+    } else if (aligned && librarySetsWords(count * sizeof(Qel32s))) {
         std::wmemset(static_cast<wchar_t*>(pDst), static_cast<wchar_t>(value), count);
     } else {
         ownsSet_32s(value, static_cast<Qel32s*>(pDst), count);
@@ -72,29 +101,34 @@ inline qelStatus qelsCopy_8u(const Qel8u* pSrc, Qel8u* pDst, int len) { return c
 inline qelStatus qelsCopy_16s(const Qel16s* pSrc, Qel16s* pDst, int len) { return copyVector(pSrc, pDst, len); }
 inline qelStatus qelsCopy_32f(const Qel32f* pSrc, Qel32f* pDst, int len) { return copyVector(pSrc, pDst, len); }
 
+// Calls fill(len) where the arguments are right. Beside the call that a longer fill is, each test is felt: what is
+// above the short fills needs no other test of its length, neither here nor in fill.
+template <class T, class Fill>
+inline qelStatus fillVector(const T* pDst, int len, const Fill& fill) {
+    if (pDst != nullptr && len > int(kLongestShortFill / sizeof(T))) [[likely]] {
+        fill(size_t(len));
+        return qelStatusOk;
+    }
+    const qelStatus status = Check().pointers(pDst).length(len).status();
+    if (status == qelStatusOk) fill(size_t(len));
+    return status;
+}
+
 // pDst[i] = value. 32f sets the value's bits, also those of a NaN.
 inline qelStatus qelsSet_8u(Qel8u value, Qel8u* pDst, int len) {
-    const qelStatus status = Check().pointers(pDst).length(len).status();
-    if (status == qelStatusOk) setBytes(value, pDst, size_t(len));
-    return status;
+    return fillVector(pDst, len, [=](size_t count) { setBytes(value, pDst, count); });
 }
 inline qelStatus qelsSet_32s(Qel32s value, Qel32s* pDst, int len) {
-    const qelStatus status = Check().pointers(pDst).length(len).status();
-    if (status == qelStatusOk) setWords(value, pDst, size_t(len));
-    return status;
+    return fillVector(pDst, len, [=](size_t count) { setWords(value, pDst, count); });
 }
 inline qelStatus qelsSet_32f(Qel32f value, Qel32f* pDst, int len) {
-    const qelStatus status = Check().pointers(pDst).length(len).status();
-    if (status == qelStatusOk) setWords(std::bit_cast<Qel32s>(value), pDst, size_t(len));
-    return status;
+    return fillVector(pDst, len, [=](size_t count) { setWords(std::bit_cast<Qel32s>(value), pDst, count); });
 }
 
 // pDst[i] = 0, all bits zero.
 template <class T>
 inline qelStatus zeroVector(T* pDst, int len) {
-    const qelStatus status = Check().pointers(pDst).length(len).status();
-    if (status == qelStatusOk) zeroBytes(pDst, sizeof(T) * size_t(len));
-    return status;
+    return fillVector(pDst, len, [=](size_t count) { zeroBytes(pDst, count * sizeof(T)); });
 }
 inline qelStatus qelsZero_8u(Qel8u* pDst, int len) { return zeroVector(pDst, len); }
 inline qelStatus qelsZero_16s(Qel16s* pDst, int len) { return zeroVector(pDst, len); }
