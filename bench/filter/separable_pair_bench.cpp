@@ -11,8 +11,15 @@
 
 namespace {
 
-// Few enough for the ring to stay in the nearest cache.
-constexpr int kRowsPerTurn = 8;
+// Few rows, for the ring to stay in the nearest cache. Of large 32f images so many that the column pipeline's stores
+// bypass the cache; the second cache then holds the ring.
+template <class Out>
+int rowsPerTurn(QelSize size, int channels) {
+    constexpr int64_t kLargeImage = 1 << 20;
+    constexpr int kBypassing = 0x20000;
+    const int samples = size.width * channels;
+    return std::is_floating_point_v<Out> && int64_t{samples} * size.height > kLargeImage ? kBypassing / samples + 1 : 8;
+}
 
 // A filter of both halves, as a program drives them: the row pipeline fills a ring of rows, a few at a time, and the
 // column pipeline reads it. Rows above and below the image replicate the first and the last.
@@ -22,13 +29,14 @@ public:
     template <class RowSize, class ColumnSize>
     Pair(QelSize size, int channels, std::vector<K> kernel, RowSize rowSize, ColumnSize columnSize)
         : size_(size),
+          rowsPerTurn_(rowsPerTurn<Out>(size, channels)),
           kernel_(std::move(kernel)),
           rowSamples_((size.width * channels + 31) / 32 * 32 + 32),
-          ringRows_(kRowsPerTurn + taps() - 1),
+          ringRows_(rowsPerTurn_ + taps() - 1),
           ring_(size_t(rowSamples_) * size_t(ringRows_) + 32) {
         int bytes[2] = {};
-        rowSize({size.width, kRowsPerTurn + taps()}, taps(), &bytes[0]);
-        columnSize({size.width, kRowsPerTurn}, taps(), &bytes[1]);
+        rowSize({size.width, rowsPerTurn_ + taps()}, taps(), &bytes[0]);
+        columnSize({size.width, rowsPerTurn_}, taps(), &bytes[1]);
         buffer_.resize(size_t(std::max(bytes[0], bytes[1])));
     }
 
@@ -36,11 +44,11 @@ public:
     template <class Rows, class Columns>
     qelStatus run(const bench::Image<T>& in, const bench::Image<Out>& out, const Rows& rows, const Columns& columns) {
         const int half = taps() / 2;
-        std::vector<Out*> into(size_t(kRowsPerTurn + taps()));
-        std::vector<const Out*> from(size_t(kRowsPerTurn + taps()));
+        std::vector<Out*> into(size_t(rowsPerTurn_ + taps()));
+        std::vector<const Out*> from(size_t(rowsPerTurn_ + taps()));
         int filtered = 0;  // rows of the image that are in the ring or were
-        for (int y = 0; y < size_.height; y += kRowsPerTurn) {
-            const int turn = std::min(kRowsPerTurn, size_.height - y);
+        for (int y = 0; y < size_.height; y += rowsPerTurn_) {
+            const int turn = std::min(rowsPerTurn_, size_.height - y);
             const int last = std::min(size_.height, y + turn + half);
             for (int i = filtered; i < last; ++i) into[size_t(i - filtered)] = ringRow(i);
             if (last > filtered) {
@@ -65,6 +73,7 @@ private:
     Out* ringRow(int y) { return ring_.data() + size_t(y % ringRows_) * size_t(rowSamples_); }
 
     QelSize size_;
+    int rowsPerTurn_;
     std::vector<K> kernel_;
     int rowSamples_;
     int ringRows_;
