@@ -204,9 +204,9 @@ QEL_API qelStatus qeliAddProduct_32f_C1IMR(const Qel32f* pSrc1, int src1Step, co
 /**
  * @name Running average: pSrcDst[x, y] += (pSrc[x, y] - pSrcDst[x, y]) * alpha
  *
- * In single precision, with three roundings in this order: difference, product, sum. So alpha 0 keeps a
- * finite accumulator where the difference is finite, but for -0, which may become 0; alpha 1 does not always meet the source. Where two NaNs meet,
- * the result is one of them.
+ * In single precision, with three roundings in this order: difference, product, sum. So alpha 0 keeps a finite
+ * accumulator where the difference is finite, but for -0, which may become 0; alpha 1 does not always meet the source.
+ * Where two NaNs meet, the result is one of them.
  *
  * @param pSrc          first sample of the source region
  * @param pMask         C1IMR: first byte of the mask; zero keeps a pixel's old value, bit for bit, any other byte lets
