@@ -3,6 +3,7 @@
 #include "frame/image.h"
 
 #define HWY_TARGET_INCLUDE "stats/gradient_color_to_gray_kernels.cpp"
+#include "frame/channel-inl.h"
 #include "frame/simd-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -153,7 +154,7 @@ void gradientRows(const T* pSrc, int srcStep, T* pDst, int dstStep, int width, i
         T* out = row(pDst, dstStep, y);
         forVectors(hn::ScalableTag<T>(), size_t(size.width), [=](auto d, size_t x) HWY_ATTR {
             hn::Vec<decltype(d)> a, b, c;
-            hn::LoadInterleaved3(d, in + 3 * x, a, b, c);
+            ChannelSplitter<decltype(d)>().load(in + 3 * x, a, b, c);
             hn::StoreU(Norm()(d, a, b, c), d, out + x);
         });
     }

@@ -65,6 +65,12 @@ qelStatus checked(Check check, const Samples<T>& in, Layout layout) {
 
 template <class T>
 qelStatus sumRegion(const Samples<T>& in, SumKernel<T>* kernel, Path* path, Sums* pSums) {
+    if (!path(in.roiSize)) {
+        // Not as a share: a copy of what has just been stored, field by field, waits for the stores, which tells in a
+        // small region.
+        kernel(in, pSums);
+        return qelStatusOk;
+    }
     const auto work = [&](const Share& s) {
         Sums sums;
         kernel(in.rows(s.y, s.size.height), &sums);
@@ -75,7 +81,7 @@ qelStatus sumRegion(const Samples<T>& in, SumKernel<T>* kernel, Path* path, Sums
         total.squares += partial.squares;
         total.count += partial.count;
     };
-    return reduceRows(in.roiSize, path(in.roiSize), pSums, work, merge);
+    return reduceRows(in.roiSize, true, pSums, work, merge);
 }
 
 // The mean of no pixels is zero.

@@ -1,4 +1,5 @@
 // How many pixels a mask selects. Included once per instruction set.
+#include "frame/image.h"
 #include "frame/simd-inl.h"
 
 #if defined(QELCV_STATS_MEAN_COUNT_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -15,6 +16,11 @@ namespace HWY_NAMESPACE {
 class PixelCount {
 public:
     HWY_INLINE PixelCount() : ones_(hn::Zero(D64())), onesOfEight_(hn::Zero(D64x1())) {}
+
+    HWY_INLINE void addRows(const Qel8u* pMask, int maskStep, QelSize size) {
+        size = joinRows(size, isGapless(pMask, maskStep, size.width));
+        for (int y = 0; y < size.height; ++y) addRow(row(pMask, maskStep, y), static_cast<size_t>(size.width));
+    }
 
     HWY_INLINE void addRow(const Qel8u* mask, size_t width) {
         size_t x = 0;
@@ -35,8 +41,14 @@ private:
     template <class D>
     static HWY_INLINE void addVectors(D d, const Qel8u* mask, size_t width, size_t& x,
                                       hn::Vec<hn::Repartition<uint64_t, D>>& ones) {
-        for (; x + hn::Lanes(d) <= width; x += hn::Lanes(d))
-            ones = hn::Add(ones, hn::SumsOf8(hn::Min(hn::LoadU(d, mask + x), hn::Set(d, 1))));
+        auto older = hn::Zero(hn::Repartition<uint64_t, D>());  // two sums that take turns
+        auto newer = older;
+        for (; x + hn::Lanes(d) <= width; x += hn::Lanes(d)) {
+            const auto next = hn::Add(older, hn::SumsOf8(hn::Min(hn::LoadU(d, mask + x), hn::Set(d, 1))));
+            older = newer;
+            newer = next;
+        }
+        ones = hn::Add(ones, hn::Add(older, newer));
     }
 
     hn::Vec<D64> ones_;

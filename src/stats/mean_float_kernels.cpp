@@ -1,9 +1,12 @@
+#include <type_traits>
+
 #include "frame/image.h"
 #include "stats/mean_kernels.h"
 
 #define HWY_TARGET_INCLUDE "stats/mean_float_kernels.cpp"
 #include "frame/channel-inl.h"
 #include "frame/simd-inl.h"
+#include "stats/mask-inl.h"
 #include "stats/mean_count-inl.h"
 
 // The order of these sums is part of their results: four single-precision lanes on every machine, where lane i takes
@@ -42,18 +45,69 @@ struct DistanceFrom {
     }
 };
 
-// Reads the rows of `samples` from row y on. Block r of a vector holds pixels of row `first` + r * `spacing` of them.
+// In the place of a channel's picker, where there is but one channel.
+struct AllPixels {
+    explicit AllPixels(int) {}
+};
+
+// The blocks of v, one by one.
+template <class V>
+HWY_INLINE void splitBlocks(V v, hn::Vec<D4>* blocks) {
+    if constexpr (hn::MaxLanes(hn::DFromV<V>()) == 4) {
+        *blocks = v;
+    } else {
+        const hn::Half<hn::DFromV<V>> half;
+        splitBlocks(hn::LowerHalf(half, v), blocks);
+        splitBlocks(hn::UpperHalf(half, v), blocks + hn::MaxLanes(half) / 4);
+    }
+}
+
+// Reads the rows of `samples` from row y on. Block r of a vector of D holds pixels of row `first` + r * `spacing` of
+// them. D is as wide as a machine's vectors, or a single block.
 template <class D, int kChannels, bool kMasked, class Op>
 class Reader {
+    template <class DV>
+    using Picker = std::conditional_t<kChannels == 1, AllPixels, ChannelPicker<DV>>;
+    static constexpr size_t kRowLanes = hn::MaxLanes(Wide());
+
 public:
     using V = hn::Vec<D>;
-    using Row = hn::CappedTag<Qel32f, HWY_MIN(hn::MaxLanes(D()), 8)>;  // pixels of one row
+    static constexpr size_t kColumns = HWY_MAX(kRowLanes, 8);
 
-    Reader(const Samples<Qel32f>& samples, int y, const Op& op, const ChannelPicker<Row>& pick)
-        : samples_(samples.rows(y, samples.roiSize.height - y)), op_(op), pick_(pick) {}
+    // How to find the samples of the channel.
+    struct Channel {
+        Picker<Wide> wide;
+        Picker<D4> four;
+        explicit HWY_INLINE Channel(int coi) : wide(coi), four(coi) {}
+    };
 
-    // Eight pixels of each row from x on.
-    HWY_INLINE auto eight(size_t x, int first, int spacing) const { return eight(D(), x, first, spacing); }
+    HWY_INLINE Reader(const Samples<Qel32f>& samples, int y, const Op& op, const Channel& channel)
+        : samples_(samples.rows(y, samples.roiSize.height - y)),
+          op_(op),
+          channel_(channel),
+          prefetch_(samples.roiSize) {}
+
+    // kColumns pixels of each row from x on, the next four of them in each vector.
+    HWY_INLINE void columns(size_t x, int first, int spacing, V (&v)[kColumns / 4]) const {
+        if constexpr (hn::MaxLanes(D()) == 4) {
+            if (kMasked && kLoadsUnderMask) prefetch_(x, maskRow(first), srcRow(first));
+#pragma GCC unroll 2
+            for (size_t i = 0; i < kColumns; i += kRowLanes)
+                splitBlocks(pixels(Wide(), channel_.wide, x + i, first), v + i / 4);
+        } else {
+#pragma GCC unroll 4
+            for (int r = 0; r < static_cast<int>(kColumns / 4); ++r) {
+                if (kMasked && kLoadsUnderMask) prefetch_(x, maskRow(first + r * spacing), srcRow(first + r * spacing));
+                v[r] = pixels(Wide(), channel_.wide, x, first + r * spacing);
+            }
+            transposeBlocks(D(), v);
+        }
+    }
+
+    // Four pixels of each row from x on.
+    HWY_INLINE V four(size_t x, int first, int spacing) const {
+        return fromBlocks<4>(D(), [&](int r) HWY_ATTR { return pixels(D4(), channel_.four, x, first + r * spacing); });
+    }
 
     // Pixel x of each row, in the first lane of its block.
     HWY_INLINE V one(size_t x, int first, int spacing) const {
@@ -71,42 +125,22 @@ private:
     HWY_INLINE const Qel8u* maskRow(int y) const { return row(samples_.pMask, samples_.maskStep, y); }
 
     // As many pixels of row y as there are lanes.
-    HWY_INLINE hn::Vec<Row> pixels(size_t x, int y) const {
-        const Row d;
-        hn::Vec<Row> v;
+    template <class DV>
+    HWY_INLINE hn::Vec<DV> pixels(DV d, const Picker<DV>& pick, size_t x, int y) const {
+        hn::Vec<DV> v;
         if constexpr (kChannels == 1) {
             v = op_(hn::LoadU(d, srcRow(y) + x));
         } else {
-            v = op_(pick_.load(srcRow(y) + 3 * x));
+            v = op_(pick.load(srcRow(y) + 3 * x));
         }
         if constexpr (!kMasked) return v;
-        const hn::RebindToUnsigned<Row> d32;
-        const auto mask = hn::PromoteTo(d32, hn::LoadU(hn::Rebind<uint8_t, Row>(), maskRow(y) + x));
-        return hn::IfThenZeroElse(hn::RebindMask(d, hn::Eq(mask, hn::Zero(d32))), v);
-    }
-
-    template <class DB>
-    HWY_INLINE auto eight(DB d, size_t x, int first, int spacing) const {
-        struct Both {
-            hn::Vec<DB> low, high;
-        };
-        if constexpr (hn::MaxLanes(DB()) == 4) {
-            return Both{pixels(x, first), pixels(x + 4, first)};
-        } else if constexpr (hn::MaxLanes(DB()) == 8) {
-            const auto a = pixels(x, first);
-            const auto b = pixels(x, first + spacing);
-            return Both{hn::ConcatLowerLower(d, b, a), hn::ConcatUpperUpper(d, b, a)};
-        } else {
-            const hn::Half<DB> half;
-            const auto a = eight(half, x, first, spacing);
-            const auto b = eight(half, x, first + int(hn::MaxLanes(half) / 4) * spacing, spacing);
-            return Both{hn::Combine(d, b.low, a.low), hn::Combine(d, b.high, a.high)};
-        }
+        return keep(d, hn::LoadU(MaskTag<DV>(), maskRow(y) + x), v);
     }
 
     const Samples<Qel32f> samples_;
     const Op op_;
-    const ChannelPicker<Row> pick_;
+    const Channel channel_;
+    const Prefetcher<1, kChannels * sizeof(Qel32f)> prefetch_;
 };
 
 // The sums of chains, four lanes for each.
@@ -129,23 +163,33 @@ template <int kRows, class R, class D, size_t kVectors>
 HWY_INLINE void addChains(const R& reader, size_t width, Lanes<D, kVectors>& lanes) {
     constexpr int kVectorRows = hn::MaxLanes(D()) / 4 * kRows;
     size_t x = 0;
+    for (; x + R::kColumns <= width; x += R::kColumns) {
+#pragma GCC unroll 2
+        for (size_t v = 0; v < kVectors; ++v) {
+            typename R::V pixels[kRows][R::kColumns / 4];
+#pragma GCC unroll 2
+            for (int y = 0; y < kRows; ++y) reader.columns(x, int(v) * kVectorRows + y, kRows, pixels[y]);
+#pragma GCC unroll 2
+            for (size_t i = 0; i < R::kColumns / 4; i += 2) {
+#pragma GCC unroll 2
+                for (int y = 0; y < kRows; ++y) {
+                    lanes.add(v, pixels[y][i]);
+                    lanes.add(v, pixels[y][i + 1]);
+                }
+            }
+        }
+    }
     for (; x + 8 <= width; x += 8) {
-#pragma GCC unroll 2
         for (int y = 0; y < kRows; ++y) {
-#pragma GCC unroll 2
             for (size_t v = 0; v < kVectors; ++v) {
-                const auto pixels = reader.eight(x, int(v) * kVectorRows + y, kRows);
-                lanes.add(v, pixels.low);
-                lanes.add(v, pixels.high);
+                lanes.add(v, reader.four(x, int(v) * kVectorRows + y, kRows));
+                lanes.add(v, reader.four(x + 4, int(v) * kVectorRows + y, kRows));
             }
         }
     }
     for (; x < width; ++x) {
-#pragma GCC unroll 2
-        for (int y = 0; y < kRows; ++y) {
-#pragma GCC unroll 2
+        for (int y = 0; y < kRows; ++y)
             for (size_t v = 0; v < kVectors; ++v) lanes.add(v, reader.one(x, int(v) * kVectorRows + y, kRows));
-        }
     }
 }
 
@@ -171,9 +215,9 @@ HWY_INLINE void foldInto(V2& total, const hn::Vec<D> (&lanes)[kVectors], D d) {
 }
 
 template <bool kMasked>
-HWY_INLINE void countRows(const Samples<Qel32f>& samples, int y, int end, PixelCount* pPixels) {
-    for (; kMasked && y < end; ++y)
-        pPixels->addRow(row(samples.pMask, samples.maskStep, y), static_cast<size_t>(samples.roiSize.width));
+HWY_INLINE void countRows(const Samples<Qel32f>& samples, int y, int rows, PixelCount* pPixels) {
+    if (kMasked)
+        pPixels->addRows(row(samples.pMask, samples.maskStep, y), samples.maskStep, {samples.roiSize.width, rows});
 }
 
 template <bool kMasked>
@@ -186,14 +230,14 @@ template <int kRows, size_t kVectors, class D, int kChannels, bool kMasked, clas
 HWY_INLINE int foldChains(const Samples<Qel32f>& samples, int y, const Op& op, Total* pTotal) {
     constexpr int kStep = static_cast<int>(kVectors * hn::MaxLanes(D()) / 4 * kRows);
     using R = Reader<D, kChannels, kMasked, Op>;
-    const ChannelPicker<typename R::Row> pick(samples.coi);
+    const typename R::Channel channel(samples.coi);
     for (; samples.roiSize.height - y >= kStep; y += kStep) {
-        const R reader(samples, y, op, pick);
+        const R reader(samples, y, op, channel);
         Lanes<D, kVectors> lanes;
         addChains<kRows>(reader, static_cast<size_t>(samples.roiSize.width), lanes);
         if (Op::kWantsSum) foldInto(pTotal->sum, lanes.sum, D());
         foldInto(pTotal->squares, lanes.squares, D());
-        countRows<kMasked>(samples, y, y + kStep, &pTotal->pixels);
+        countRows<kMasked>(samples, y, kStep, &pTotal->pixels);
     }
     return y;
 }
@@ -202,7 +246,12 @@ HWY_INLINE int foldChains(const Samples<Qel32f>& samples, int y, const Op& op, T
 template <int kRows, int kChannels, bool kMasked, class Op>
 HWY_INLINE Total sumChains(const Samples<Qel32f>& samples, const Op& op) {
     Total total;
-    int y = foldChains<kRows, 2, Wide, kChannels, kMasked>(samples, 0, op, &total);
+    // Chains in two vectors need not wait for one another. Four rows and their masks are streams enough; from memory,
+    // which is slower than a single chain, one row and its mask come faster.
+    constexpr size_t kVectors = kMasked && hn::MaxLanes(Wide()) == 16 ? 1 : 2;
+    constexpr int64_t kCachedPixels = 1 << 22;
+    const bool fromMemory = kMasked && int64_t{samples.roiSize.width} * samples.roiSize.height > kCachedPixels;
+    int y = fromMemory ? 0 : foldChains<kRows, kVectors, Wide, kChannels, kMasked>(samples, 0, op, &total);
     y = foldChains<kRows, 1, D4, kChannels, kMasked>(samples, y, op, &total);
     if (kRows > 1) foldChains<1, 1, D4, kChannels, kMasked>(samples, y, op, &total);
     return total;
@@ -212,16 +261,16 @@ HWY_INLINE Total sumChains(const Samples<Qel32f>& samples, const Op& op) {
 template <int kRows, int kChannels, bool kMasked>
 HWY_INLINE void sumSerially(const Samples<Qel32f>& samples, Lanes<D4, 1>& lanes, PixelCount* pPixels) {
     using R = Reader<D4, kChannels, kMasked, Itself>;
-    const ChannelPicker<D4> pick(samples.coi);
+    const typename R::Channel channel(samples.coi);
     const QelSize roi = samples.roiSize;
     int y = 0;
     for (; roi.height - y >= kRows; y += kRows) {
-        addChains<kRows>(R(samples, y, Itself(), pick), static_cast<size_t>(roi.width), lanes);
-        countRows<kMasked>(samples, y, y + kRows, pPixels);
+        addChains<kRows>(R(samples, y, Itself(), channel), static_cast<size_t>(roi.width), lanes);
+        countRows<kMasked>(samples, y, kRows, pPixels);
     }
     if (kRows == 1 || y == roi.height) return;
-    addChains<1>(R(samples, y, Itself(), pick), static_cast<size_t>(roi.width), lanes);
-    countRows<kMasked>(samples, y, roi.height, pPixels);
+    addChains<1>(R(samples, y, Itself(), channel), static_cast<size_t>(roi.width), lanes);
+    countRows<kMasked>(samples, y, 1, pPixels);
 }
 
 // Folded after each chain of kRows rows.
@@ -258,47 +307,6 @@ void sumMasked(const Samples<Qel32f>& samples, Sums* pSums) {
     pSums->count = pixels.get();
 }
 
-// Each sample that is taken is widened and added to one sum, in the order of the pixels. They are gathered first: the
-// additions wait for one another, so the fewer the better.
-void sumChannelMasked(const Samples<Qel32f>& samples, Sums* pSums) {
-    constexpr size_t kTogether = 64;
-    const Wide d;
-    const hn::RebindToUnsigned<Wide> d32;
-    const size_t N = hn::Lanes(d);
-    const ChannelPicker<Wide> pick(samples.coi);
-    const size_t width = static_cast<size_t>(samples.roiSize.width);
-    Qel32f gathered[kTogether + 2 * hn::MaxLanes(d)];
-    size_t waiting = 0;
-    Qel64f sum = 0;
-    int64_t count = 0;
-    for (int y = 0; y < samples.roiSize.height; ++y) {
-        const Qel32f* p = row(samples.pSrc, samples.srcStep, y);
-        const Qel8u* mask = row(samples.pMask, samples.maskStep, y);
-        for (size_t x = 0; x < width;) {
-            if (width - x >= N) {
-                const auto v = pick.load(p + 3 * x);
-                const auto m = hn::PromoteTo(d32, hn::LoadU(hn::Rebind<uint8_t, Wide>(), mask + x));
-                const auto taken = hn::RebindMask(d, hn::Ne(m, hn::Zero(d32)));
-                hn::StoreU(hn::Compress(v, taken), d, gathered + waiting);
-                waiting += hn::CountTrue(d, taken);
-                x += N;
-            } else {
-                gathered[waiting] = sampleAt(p + 3 * x + (samples.coi - 1));
-                waiting += mask[x++] != 0;
-            }
-            if (waiting >= kTogether) {
-                for (size_t i = 0; i < kTogether; ++i) sum += static_cast<Qel64f>(gathered[i]);
-                count += kTogether;
-                waiting -= kTogether;
-                hn::StoreU(hn::LoadU(d, gathered + kTogether), d, gathered);
-            }
-        }
-    }
-    for (size_t i = 0; i < waiting; ++i) sum += static_cast<Qel64f>(gathered[i]);
-    pSums->sum = sum;
-    pSums->count = count + static_cast<int64_t>(waiting);
-}
-
 template <int kChannels, bool kMasked>
 void sumDistances(const Samples<Qel32f>& samples, Qel32f mean, Qel64f* pSum) {
     *pSum = addLanes(sumChains<1, kChannels, kMasked>(samples, DistanceFrom{mean}).squares);
@@ -307,7 +315,6 @@ void sumDistances(const Samples<Qel32f>& samples, Qel32f mean, Qel64f* pSum) {
 }  // namespace
 
 constexpr auto& ownSum_32f_C1MR_W7 = sumMasked;
-constexpr auto& ownSum_32f_C3CMR_W7 = sumChannelMasked;
 constexpr auto& ownSumSq_32f_C1R_W7 = sumSquares<2, 1, false>;
 constexpr auto& ownSumSq_32f_C1R_W7_Al = sumSquares<1, 1, false>;
 constexpr auto& ownSumSq_32f_C1R_smallsize_W7 = sumSquaresSmall<1>;
@@ -329,7 +336,6 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace qel {
 QEL_KERNEL(ownSum_32f_C1MR_W7);
-QEL_KERNEL(ownSum_32f_C3CMR_W7);
 QEL_KERNEL(ownSumSq_32f_C1R_W7);
 QEL_KERNEL(ownSumSq_32f_C1R_W7_Al);
 QEL_KERNEL(ownSumSq_32f_C1R_smallsize_W7);

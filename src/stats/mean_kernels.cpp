@@ -7,6 +7,7 @@
 #define HWY_TARGET_INCLUDE "stats/mean_kernels.cpp"
 #include "frame/channel-inl.h"
 #include "frame/simd-inl.h"
+#include "stats/mask-inl.h"
 #include "stats/mean_count-inl.h"
 
 // Sums of integers are exact, so their order is free. A sample x enters as x - kBias, which makes unsigned bytes of 8s
@@ -37,8 +38,8 @@ struct WideSum {
 
 HWY_INLINE int64_t addLanes(V64 v) { return static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(D64(), v))); }
 
-// Vectors that are added between two calls of endChunk(), at most.
-constexpr size_t kChunkVectors = 4096;
+// Vectors that are added between two calls of endChunk(), at most. The mask's bytes are still near when it ends.
+constexpr size_t kChunkVectors = 128;
 
 // 8u, and 8s with its sign bit flipped.
 template <bool kSquares, int kSampleBias>
@@ -91,14 +92,16 @@ public:
     using V = hn::Vec<D>;
     static constexpr int64_t kBias = 0x8000;
 
-    HWY_INLINE WordSums() : sum_(hn::Zero(D64())), chunkSum_(hn::Zero(D32())), unused_(chunkSum_) {}
+    HWY_INLINE WordSums() : sum_(hn::Zero(D64())), older_(hn::Zero(D32())), newer_(older_), unused_(older_) {}
 
     static HWY_INLINE V biased(V x) { return hn::Xor(x, hn::Set(D(), 0x8000)); }
 
     HWY_INLINE void add(V x) {
         const hn::Repartition<int16_t, D> d16;
         const auto y = hn::BitCast(d16, x);
-        chunkSum_ = hn::ReorderWidenMulAccumulate(D32(), y, hn::Set(d16, 1), chunkSum_, unused_);
+        const V32 next = hn::ReorderWidenMulAccumulate(D32(), y, hn::Set(d16, 1), older_, unused_);
+        older_ = newer_;
+        newer_ = next;
         // Two squares of -32768 make 2 to the 31: right as an unsigned number.
         if constexpr (kSquares) squares_.add(hn::ReorderWidenMulAccumulate(D32(), y, y, hn::Zero(D32()), unused_));
     }
@@ -107,10 +110,11 @@ public:
         static_assert((kChunkVectors + 1) * 2 * 0x8000 < 0x80000000u, "the lanes of a chunk cannot overflow");
         const hn::Repartition<int64_t, D> d64;
         const hn::Half<D32> half;
-        const auto low = hn::PromoteTo(d64, hn::LowerHalf(half, chunkSum_));
-        const auto high = hn::PromoteTo(d64, hn::UpperHalf(half, chunkSum_));
+        const V32 chunkSum = hn::Add(older_, newer_);
+        const auto low = hn::PromoteTo(d64, hn::LowerHalf(half, chunkSum));
+        const auto high = hn::PromoteTo(d64, hn::UpperHalf(half, chunkSum));
         sum_ = hn::Add(sum_, hn::BitCast(D64(), hn::Add(low, high)));
-        chunkSum_ = hn::Zero(D32());
+        older_ = newer_ = hn::Zero(D32());
     }
 
     int64_t sum() const { return addLanes(sum_); }
@@ -119,7 +123,8 @@ public:
 private:
     V64 sum_;
     WideSum squares_;
-    V32 chunkSum_, unused_;
+    V32 older_, newer_;  // sums of the chunk, which take turns: one need not wait for the other
+    V32 unused_;
 };
 
 // A vector of biased samples, zero where the mask is.
@@ -141,13 +146,7 @@ public:
             x = Total::biased(pick_.load(p));
         }
         if constexpr (!kMasked) return x;
-        const hn::Rebind<uint8_t, D> d8;
-        const auto m = hn::LoadU(d8, mask);
-        if constexpr (sizeof(Sample) == 1) {
-            return hn::IfThenZeroElse(hn::Eq(m, hn::Zero(d)), x);
-        } else {
-            return hn::IfThenZeroElse(hn::Eq(hn::PromoteTo(d, m), hn::Zero(d)), x);
-        }
+        return keep(d, hn::LoadU(MaskTag<D>(), mask), x);
     }
 
 private:
@@ -155,38 +154,56 @@ private:
 };
 
 template <class Total, int kChannels, bool kMasked>
-HWY_INLINE void addRow(const typename Total::Sample* p, const Qel8u* mask, size_t width,
-                       const Loader<Total, kChannels, kMasked>& load, Total& total) {
+class RowAdder {
     using Sample = typename Total::Sample;
-    const typename Total::D d;
-    const size_t N = hn::Lanes(d);
-    const auto loadAt = [&](size_t x) HWY_ATTR { return load(p + x * kChannels, kMasked ? mask + x : nullptr); };
+    using D = typename Total::D;
 
-    size_t x = 0;
-    while (width - x >= N) {
-        const size_t end = x + HWY_MIN((width - x) / N, kChunkVectors) * N;
-        for (; x < end; x += N) total.add(loadAt(x));
-        if (width - x >= N) total.endChunk();
+public:
+    RowAdder(QelSize size, int coi) : load_(coi), prefetch_(size) {}
+
+    HWY_INLINE void addRow(const Sample* p, const Qel8u* mask, size_t width) {
+        const D d;
+        const size_t N = hn::Lanes(d);
+        const auto loadAt = [&](size_t x) HWY_ATTR { return load_(p + x * kChannels, kMasked ? mask + x : nullptr); };
+
+        size_t x = 0;
+        while (width - x >= N) {
+            const size_t start = x;
+            const size_t end = x + HWY_MIN((width - x) / N, kChunkVectors) * N;
+            for (; x < end; x += N) {
+                if (kMasked && kLoadsUnderMask) prefetch_(x, mask, p);
+                total.add(loadAt(x));
+            }
+            if (kMasked) pixels.addRow(mask + start, x - start);
+            if (width - x >= N) total.endChunk();
+        }
+        const size_t left = width - x;
+        if (left > 0 && width >= N) {
+            // The row's last vector; what of it has been added counts no more.
+            total.add(hn::IfThenZeroElse(hn::FirstN(d, N - left), loadAt(width - N)));
+        } else if (left > 0) {
+            alignas(64) Sample samples[hn::MaxLanes(d) * kChannels] = {};
+            alignas(64) Qel8u counts[hn::MaxLanes(d)] = {};
+            std::memcpy(samples, p, left * kChannels * sizeof(Sample));
+            if (kMasked) std::memcpy(counts, mask, left);
+            total.add(hn::IfThenElseZero(hn::FirstN(d, left), load_(samples, counts)));
+        }
+        if (kMasked) pixels.addRow(mask + x, left);
+        total.endChunk();
     }
-    const size_t left = width - x;
-    if (left > 0 && width >= N) {
-        // The row's last vector; what of it has been added counts no more.
-        total.add(hn::IfThenZeroElse(hn::FirstN(d, N - left), loadAt(width - N)));
-    } else if (left > 0) {
-        alignas(64) Sample samples[hn::MaxLanes(d) * kChannels] = {};
-        alignas(64) Qel8u counts[hn::MaxLanes(d)] = {};
-        std::memcpy(samples, p, left * kChannels * sizeof(Sample));
-        if (kMasked) std::memcpy(counts, mask, left);
-        total.add(hn::IfThenElseZero(hn::FirstN(d, left), load(samples, counts)));
-    }
-    total.endChunk();
-}
+
+    Total total;
+    PixelCount pixels;
+
+private:
+    const Loader<Total, kChannels, kMasked> load_;
+    const Prefetcher<1, kChannels * sizeof(Sample)> prefetch_;
+};
 
 // Adds the sums of a band in which no 64-bit integer can overflow.
 template <class T, class Total, int kChannels, bool kMasked>
 HWY_INLINE void addBand(const Samples<T>& samples, Sums* pSums) {
     using Sample = typename Total::Sample;
-    const Loader<Total, kChannels, kMasked> load(samples.coi);
     size_t width = static_cast<size_t>(samples.roiSize.width);
     int rows = samples.roiSize.height;
     const bool packed = static_cast<size_t>(samples.srcStep) == width * kChannels * sizeof(Sample) &&
@@ -195,18 +212,16 @@ HWY_INLINE void addBand(const Samples<T>& samples, Sums* pSums) {
         width *= static_cast<size_t>(rows);
         rows = 1;
     }
-    Total total;
-    PixelCount pixels;
+    RowAdder<Total, kChannels, kMasked> adder(samples.roiSize, samples.coi);
     for (int y = 0; y < rows; ++y) {
         const Qel8u* mask = kMasked ? row(samples.pMask, samples.maskStep, y) : nullptr;
-        addRow(reinterpret_cast<const Sample*>(row(samples.pSrc, samples.srcStep, y)), mask, width, load, total);
-        if (kMasked) pixels.addRow(mask, width);
+        adder.addRow(reinterpret_cast<const Sample*>(row(samples.pSrc, samples.srcStep, y)), mask, width);
     }
     constexpr int64_t b = Total::kBias;
-    const int64_t count = kMasked ? pixels.get() : static_cast<int64_t>(width) * rows;
-    const int64_t sum = total.sum();
+    const int64_t count = kMasked ? adder.pixels.get() : static_cast<int64_t>(width) * rows;
+    const int64_t sum = adder.total.sum();
     pSums->sum += static_cast<Qel64f>(sum + b * count);
-    pSums->squares += static_cast<Qel64f>(total.squares() + 2 * b * sum + b * b * count);
+    pSums->squares += static_cast<Qel64f>(adder.total.squares() + 2 * b * sum + b * b * count);
     pSums->count += count;
 }
 

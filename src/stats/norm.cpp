@@ -32,6 +32,18 @@ constexpr ParallelFrom kCoresFrom15 = {15, ParallelFrom::kNever};
 constexpr ParallelFrom kCoresFrom17 = {17, ParallelFrom::kNever};
 constexpr ParallelFrom kCoresFrom15ElseFrom17 = {15, 17};
 
+// A kernel for runs of fewer pixels than kLargeRun, and one for those whose sum 32 bits may not hold.
+struct ByRun {
+    const Kernel<NormKernel<Qel8u>>& small;
+    const Kernel<NormKernel<Qel8u>>& large;
+};
+constexpr int kLargeRun = 0x400000;
+const ByRun kNorm_L1_8u_C1MR = {ownNorm_L1_8u_C1MR_W7, ownNorm_L1_8u_C1MR_W7_B};
+
+NormKernel<Qel8u>* pick(const ByRun& kernels, QelSize rows) {
+    return area(rows) >= kLargeRun ? kernels.large : kernels.small;
+}
+
 void mergeLargest(NormSums& total, const NormSums& share) {
     if (share.value > total.value) total.value = share.value;
     if (share.reference > total.reference) total.reference = share.reference;
@@ -43,9 +55,9 @@ void mergeSum(NormSums& total, const NormSums& share) {
 }
 
 // Checks the arguments, then runs the kernel over the region.
-template <class T>
-qelStatus sumsOf(const NormRegion<T>& region, int channels, const Qel64f* pValue, const Kernel<NormKernel<T>>& kernel,
-                 Norm norm, ParallelFrom from, NormSums* pSums) {
+template <class T, class Kernels>
+qelStatus sumsOf(const NormRegion<T>& region, int channels, const Qel64f* pValue, const Kernels& kernels, Norm norm,
+                 ParallelFrom from, NormSums* pSums) {
     const qelStatus status = Check()
                                  .pointers(region.pSrc1, region.pSrc2, region.pMask, pValue)
                                  .size(region.size)
@@ -55,25 +67,30 @@ qelStatus sumsOf(const NormRegion<T>& region, int channels, const Qel64f* pValue
                                  .status();
     if (status != qelStatusOk) return status;
 
-    NormKernel<T>* const run = kernel;
+    if (!from.reachedBy(region.size)) {
+        // Not as a share: a copy of what has just been stored, field by field, waits for the stores, which tells in a
+        // small region.
+        *pSums = pick(kernels, region.size)(region);
+        return qelStatusOk;
+    }
     return reduceRows(
-        region.size, from.reachedBy(region.size), pSums,
+        region.size, true, pSums,
         [&](const Share& share) {
             NormRegion<T> rows = region;
             rows.pSrc1 = row(region.pSrc1, region.src1Step, share.y);
             rows.pSrc2 = row(region.pSrc2, region.src2Step, share.y);
             rows.pMask = row(region.pMask, region.maskStep, share.y);
             rows.size = share.size;
-            return run(rows);
+            return pick(kernels, share.size)(rows);
         },
         norm == Norm::Inf ? mergeLargest : mergeSum);
 }
 
-template <class T>
-qelStatus norm(const NormRegion<T>& region, int channels, Qel64f* pValue, const Kernel<NormKernel<T>>& kernel,
-               Norm norm, ParallelFrom from) {
+template <class T, class Kernels>
+qelStatus norm(const NormRegion<T>& region, int channels, Qel64f* pValue, const Kernels& kernels, Norm norm,
+               ParallelFrom from) {
     NormSums sums;
-    const qelStatus status = sumsOf(region, channels, pValue, kernel, norm, from, &sums);
+    const qelStatus status = sumsOf(region, channels, pValue, kernels, norm, from, &sums);
     if (status != qelStatusOk) return status;
 
     *pValue = norm == Norm::L2 ? std::sqrt(sums.value) : sums.value;
@@ -81,11 +98,11 @@ qelStatus norm(const NormRegion<T>& region, int channels, Qel64f* pValue, const 
 }
 
 // Without anything to be relative to, 0 / 0 is a NaN and x / 0 infinite, both with a warning. A NaN is not above zero.
-template <class T>
-qelStatus relativeNorm(const NormRegion<T>& region, int channels, Qel64f* pValue, const Kernel<NormKernel<T>>& kernel,
-                       Norm norm, ParallelFrom from) {
+template <class T, class Kernels>
+qelStatus relativeNorm(const NormRegion<T>& region, int channels, Qel64f* pValue, const Kernels& kernels, Norm norm,
+                       ParallelFrom from) {
     NormSums sums;
-    const qelStatus status = sumsOf(region, channels, pValue, kernel, norm, from, &sums);
+    const qelStatus status = sumsOf(region, channels, pValue, kernels, norm, from, &sums);
     if (status != qelStatusOk) return status;
 
     if (sums.reference == 0) {
@@ -121,7 +138,7 @@ NORM_C1MR(qeliNorm_Inf_16u_C1MR, Qel16u, ownNorm_Inf_16u_C1MR_W7, Inf, kFrom19)
 NORM_C3CMR(qeliNorm_Inf_16u_C3CMR, Qel16u, ownNorm_Inf_16u_C3CMR_W7, Inf, kFrom17)
 NORM_C1MR(qeliNorm_Inf_32f_C1MR, Qel32f, ownNorm_Inf_32f_C1MR_W7, Inf, kFrom17)
 NORM_C3CMR(qeliNorm_Inf_32f_C3CMR, Qel32f, ownNorm_Inf_32f_C3CMR_W7, Inf, kFrom15)
-NORM_C1MR(qeliNorm_L1_8u_C1MR, Qel8u, ownNorm_L1_8u_C1MR_W7, L1, kCoresFrom17)
+NORM_C1MR(qeliNorm_L1_8u_C1MR, Qel8u, kNorm_L1_8u_C1MR, L1, kCoresFrom17)
 NORM_C3CMR(qeliNorm_L1_8u_C3CMR, Qel8u, ownNorm_L1_8u_C3CMR_A6, L1, kFrom17)
 NORM_C1MR(qeliNorm_L1_8s_C1MR, Qel8s, ownNorm_L1_8s_C1MR_W7, L1, kCoresFrom17)
 NORM_C3CMR(qeliNorm_L1_8s_C3CMR, Qel8s, ownNorm_L1_8s_C3CMR_A6, L1, kFrom17)

@@ -28,25 +28,6 @@ struct Square {
     }
 };
 
-// Turns kRows vectors, each of as many blocks of lanes of its own row, into vectors of the same block of each row.
-template <size_t kRows, class D, class V = hn::Vec<D>>
-HWY_INLINE void transposeBlocks(D d, V (&v)[kRows]) {
-    if constexpr (kRows == 2) {
-        const V first = hn::ConcatLowerLower(d, v[1], v[0]);
-        v[1] = hn::ConcatUpperUpper(d, v[1], v[0]);
-        v[0] = first;
-    } else if constexpr (kRows == 4) {
-        const V low02 = hn::ConcatLowerLower(d, v[2], v[0]);
-        const V low13 = hn::ConcatLowerLower(d, v[3], v[1]);
-        const V high02 = hn::ConcatUpperUpper(d, v[2], v[0]);
-        const V high13 = hn::ConcatUpperUpper(d, v[3], v[1]);
-        v[0] = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(low13), low02);
-        v[1] = hn::OddEvenBlocks(low13, hn::SwapAdjacentBlocks(low02));
-        v[2] = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(high13), high02);
-        v[3] = hn::OddEvenBlocks(high13, hn::SwapAdjacentBlocks(high02));
-    }
-}
-
 // A family's sums over rows. A norm of one image adds alternate vectors of a row to two sums, the others to one. Rows
 // are independent of each other up to their ends, which are folded in row order; so a wide vector holds several.
 template <class Family, class Term, class Channel>
@@ -96,7 +77,13 @@ public:
             }
 #pragma GCC unroll 2
             for (size_t i = 0; i < kSums; ++i) {
-                transposeBlocks(d, terms[i]);
+                if constexpr (kParts == 1) {
+                    transposeBlocks(d, terms[i]);
+                } else if constexpr (kRows == 2) {
+                    const hn::Vec<Wide> first = hn::ConcatLowerLower(d, terms[i][1], terms[i][0]);
+                    terms[i][1] = hn::ConcatUpperUpper(d, terms[i][1], terms[i][0]);
+                    terms[i][0] = first;
+                }
 #pragma GCC unroll 4
                 for (size_t r = 0; r < kRows; ++r) sums[i] = hn::Add(sums[i], terms[i][r]);
             }
@@ -164,7 +151,7 @@ private:
     }
 
     Channel channel_;
-    Prefetcher<Family, Channel, Qel32f> prefetch_;
+    NormPrefetcher<Family, Channel, Qel32f> prefetch_;
     hn::Vec<D2> totals_[kSums];
 };
 

@@ -39,25 +39,34 @@ private:
     hn::Vec<D> max_;
 };
 
-// 32-bit lanes that are flushed into lanes of 64 bits. Constructors are spelled out here and below: those that the
-// compiler writes belong to no instruction set.
+// 32-bit lanes that are flushed into lanes of 64 bits: one sum for each half of what a step brings, since an addition
+// waits for the one before. Constructors are spelled out here and below: those that the compiler writes belong to no
+// instruction set.
 template <class D32>
 class FlushedSum {
 public:
-    HWY_INLINE FlushedSum() : sum_(hn::Zero(D32())), total_(hn::Zero(D64())) {}
-    HWY_INLINE void addNarrow(hn::Vec<D32> v) { sum_ = hn::Add(sum_, v); }
+    HWY_INLINE FlushedSum() : even_(hn::Zero(D32())), odd_(even_), total_(hn::Zero(D64())) {}
+    HWY_INLINE void addNarrow(hn::Vec<D32> even, hn::Vec<D32> odd) {
+        even_ = hn::Add(even_, even);
+        odd_ = hn::Add(odd_, odd);
+    }
     HWY_INLINE void flush() {
-        const hn::Half<D32> half;
-        total_ = hn::Add(total_, hn::PromoteTo(D64(), hn::LowerHalf(half, sum_)));
-        total_ = hn::Add(total_, hn::PromoteTo(D64(), hn::UpperHalf(half, sum_)));
-        sum_ = hn::Zero(D32());
+        widen(even_);
+        widen(odd_);
+        even_ = odd_ = hn::Zero(D32());
     }
     HWY_INLINE Qel64f total() const { return static_cast<Qel64f>(hn::GetLane(hn::SumOfLanes(D64(), total_))); }
 
 private:
     using D64 = hn::RepartitionToWide<D32>;
 
-    hn::Vec<D32> sum_;
+    HWY_INLINE void widen(hn::Vec<D32> sum) {
+        const hn::Half<D32> half;
+        total_ = hn::Add(total_, hn::PromoteTo(D64(), hn::LowerHalf(half, sum)));
+        total_ = hn::Add(total_, hn::PromoteTo(D64(), hn::UpperHalf(half, sum)));
+    }
+
+    hn::Vec<D32> even_, odd_;
     hn::Vec<D64> total_;
 };
 
@@ -83,13 +92,13 @@ template <size_t N>
 class Sum<hn::Simd<uint16_t, N, 0>> : public FlushedSum<hn::Simd<uint32_t, N / 2, 0>> {
     using D = hn::Simd<uint16_t, N, 0>;
     using D32 = hn::Simd<uint32_t, N / 2, 0>;
-    static_assert(2 * 65535ull * kAddsPerFlush < 1ull << 32, "a lane takes two samples at a time");
+    static_assert(65535ull * kAddsPerFlush < 1ull << 32);
 
 public:
     HWY_INLINE Sum() = default;
     HWY_INLINE void add(hn::Vec<D> v) {
         const auto pairs = hn::BitCast(D32(), v);
-        this->addNarrow(hn::Add(hn::And(pairs, hn::Set(D32(), 0xFFFF)), hn::ShiftRight<16>(pairs)));
+        this->addNarrow(hn::And(pairs, hn::Set(D32(), 0xFFFF)), hn::ShiftRight<16>(pairs));
     }
 };
 
@@ -101,7 +110,7 @@ class SumOfSquares<hn::Simd<uint8_t, N, 0>> : public FlushedSum<hn::Simd<uint32_
     using D = hn::Simd<uint8_t, N, 0>;
     using D16 = hn::Simd<int16_t, N / 2, 0>;
     using D32 = hn::Simd<int32_t, N / 4, 0>;
-    static_assert(4 * 255ull * 255ull * kAddsPerFlush < 1ull << 32, "a lane takes four squares at a time");
+    static_assert(2 * 255ull * 255ull * kAddsPerFlush < 1ull << 32, "a lane takes two squares at a time");
 
 public:
     HWY_INLINE SumOfSquares() = default;
@@ -110,10 +119,14 @@ public:
         const auto pairs = hn::BitCast(du16, v);
         const auto even = hn::BitCast(D16(), hn::And(pairs, hn::Set(du16, 0xFF)));
         const auto odd = hn::BitCast(D16(), hn::ShiftRight<8>(pairs));
+        this->addNarrow(sumOfPairs(even), sumOfPairs(odd));
+    }
+
+private:
+    static HWY_INLINE hn::Vec<hn::RebindToUnsigned<D32>> sumOfPairs(hn::Vec<D16> v) {
         auto unused = hn::Zero(D32());
-        auto squares = hn::ReorderWidenMulAccumulate(D32(), even, even, hn::Zero(D32()), unused);
-        squares = hn::ReorderWidenMulAccumulate(D32(), odd, odd, squares, unused);
-        this->addNarrow(hn::BitCast(hn::RebindToUnsigned<D32>(), squares));
+        const auto squares = hn::ReorderWidenMulAccumulate(D32(), v, v, hn::Zero(D32()), unused);
+        return hn::BitCast(hn::RebindToUnsigned<D32>(), squares);
     }
 };
 
@@ -139,7 +152,7 @@ public:
 
     // Rows of at least a vector, in strips of as many columns, and as many rows, as can be added up between flushes.
     HWY_INLINE void addRows(const NormRegion<T>& region) {
-        const Prefetcher<Family, Channel, T> prefetch(region.size);
+        const NormPrefetcher<Family, Channel, T> prefetch(region.size);
         const size_t width = static_cast<size_t>(region.size.width);
         for (size_t left = 0; left < width; left += kAddsPerFlush * kLanes) {
             const size_t right = std::min(width, left + kAddsPerFlush * kLanes);
@@ -181,7 +194,7 @@ private:
     // What is left after the last whole vector is taken by a vector that ends with the row's part, and whose first
     // lanes are masked off.
     HWY_INLINE void addRow(const NormRow<T>& row, size_t left, size_t right,
-                           const Prefetcher<Family, Channel, T>& prefetch) {
+                           const NormPrefetcher<Family, Channel, T>& prefetch) {
         const size_t rest = (right - left) % kLanes;
         for (size_t x = left; x < right - rest; x += kLanes) {
             prefetch(row, x);
@@ -209,7 +222,8 @@ private:
 };
 
 template <class Family, template <class> class Reduction, template <class> class Channel, class T>
-NormSums reduceRegion(const NormRegion<T>& region) {
+NormSums reduceRegion(const NormRegion<T>& images) {
+    const NormRegion<T> region = joinedRows(images, Channel<T>::kChannels);
     using Full = hn::ScalableTag<T>;
     using Full128 = hn::FixedTag<T, 16 / sizeof(T)>;
     const Channel<T> channel(region.coi);
@@ -239,6 +253,7 @@ constexpr auto& ownNorm_Inf_16u_C3CMR_W7 = reduceRegion<Norm, Largest, OneChanne
 constexpr auto& ownNorm_Inf_32f_C1MR_W7 = reduceRegion<Norm, Largest, OnlyChannel, Qel32f>;
 constexpr auto& ownNorm_Inf_32f_C3CMR_W7 = reduceRegion<Norm, Largest, OneChannelOfThree, Qel32f>;
 constexpr auto& ownNorm_L1_8u_C1MR_W7 = reduceRegion<Norm, Sum, OnlyChannel, Qel8u>;
+constexpr auto& ownNorm_L1_8u_C1MR_W7_B = ownNorm_L1_8u_C1MR_W7;  // whose sums are wide enough for any region
 constexpr auto& ownNorm_L1_8u_C3CMR_A6 = reduceRegion<Norm, Sum, OneChannelOfThree, Qel8u>;
 constexpr auto& ownNorm_L1_8s_C1MR_W7 = reduceRegion<Norm, Sum, OnlyChannel, Qel8s>;
 constexpr auto& ownNorm_L1_8s_C3CMR_A6 = reduceRegion<Norm, Sum, OneChannelOfThree, Qel8s>;
@@ -302,6 +317,7 @@ QEL_KERNEL(ownNorm_Inf_16u_C3CMR_W7);
 QEL_KERNEL(ownNorm_Inf_32f_C1MR_W7);
 QEL_KERNEL(ownNorm_Inf_32f_C3CMR_W7);
 QEL_KERNEL(ownNorm_L1_8u_C1MR_W7);
+QEL_KERNEL(ownNorm_L1_8u_C1MR_W7_B);
 QEL_KERNEL(ownNorm_L1_8u_C3CMR_A6);
 QEL_KERNEL(ownNorm_L1_8s_C1MR_W7);
 QEL_KERNEL(ownNorm_L1_8s_C3CMR_A6);

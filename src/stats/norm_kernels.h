@@ -39,6 +39,7 @@ extern const Kernel<NormKernel<Qel16u>> ownNorm_Inf_16u_C3CMR_W7;
 extern const Kernel<NormKernel<Qel32f>> ownNorm_Inf_32f_C1MR_W7;
 extern const Kernel<NormKernel<Qel32f>> ownNorm_Inf_32f_C3CMR_W7;
 extern const Kernel<NormKernel<Qel8u>> ownNorm_L1_8u_C1MR_W7;
+extern const Kernel<NormKernel<Qel8u>> ownNorm_L1_8u_C1MR_W7_B;
 extern const Kernel<NormKernel<Qel8u>> ownNorm_L1_8u_C3CMR_A6;
 extern const Kernel<NormKernel<Qel8s>> ownNorm_L1_8s_C1MR_W7;
 extern const Kernel<NormKernel<Qel8s>> ownNorm_L1_8s_C3CMR_A6;

@@ -48,14 +48,13 @@ HWY_INLINE hn::Vec<F4> foldBlocks(V v) {
     }
 }
 
-// As foldBlocks for two vectors of 4 blocks at once.
+// As foldBlocks for four vectors of 4 blocks: a block for each.
 template <class V>
-HWY_INLINE auto foldBlocksOfTwo(V v, V w) {
-    const hn::Half<hn::DFromV<V>> half;
-    const V blocks02 = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(w), v);
-    const V blocks13 = hn::OddEvenBlocks(w, hn::SwapAdjacentBlocks(v));
-    const V sums = hn::Add(blocks02, blocks13);
-    return hn::Add(hn::LowerHalf(half, sums), hn::UpperHalf(half, sums));
+HWY_INLINE V foldBlocksOfFour(V v0, V v1, V v2, V v3) {
+    const hn::DFromV<V> d;
+    const V pairs01 = hn::Add(evenBlocks(d, v1, v0), oddBlocks(d, v1, v0));
+    const V pairs23 = hn::Add(evenBlocks(d, v3, v2), oddBlocks(d, v3, v2));
+    return hn::Add(evenBlocks(d, pairs23, pairs01), oddBlocks(d, pairs23, pairs01));
 }
 
 // A family's sums over blocks of samples. Where a machine's vectors hold less than a block, its halves come one after
@@ -87,19 +86,21 @@ public:
         }
     }
 
-    // Two blocks of 32 samples, each a vector.
-    HWY_INLINE void addTwoVectors(const NormRow<Qel16u>& row, size_t x) {
+    // Four blocks of 32 samples, each a vector.
+    HWY_INLINE void addFourVectors(const NormRow<Qel16u>& row, size_t x) {
         using D = hn::CappedTag<Qel16u, 32>;
-        hn::Vec<D> first[kSums];
-        hn::Vec<D> second[kSums];
-        Family::load(D(), channel_, row, x, hn::LoadU(MaskTag<D>(), row.mask + x), first);
-        Family::load(D(), channel_, row, x + 32, hn::LoadU(MaskTag<D>(), row.mask + x + 32), second);
+        hn::Vec<D> samples[4][kSums];
+#pragma GCC unroll 4
+        for (size_t v = 0; v < 4; ++v) {
+            const size_t at = x + 32 * v;
+            Family::load(D(), channel_, row, at, hn::LoadU(MaskTag<D>(), row.mask + at), samples[v]);
+        }
 #pragma GCC unroll 2
         for (size_t i = 0; i < kSums; ++i) {
-            const auto sums = foldBlocksOfTwo(pairsOfSquares(first[i]), pairsOfSquares(second[i]));
-            const auto wide = hn::PromoteTo(hn::Rebind<Qel64f, hn::DFromV<decltype(sums)>>(), sums);
-            totals_[i][0] = hn::Add(totals_[i][0], hn::LowerHalf(wide));
-            totals_[i][0] = hn::Add(totals_[i][0], hn::UpperHalf(D4(), wide));
+            const auto sums = foldBlocksOfFour(pairsOfSquares(samples[0][i]), pairsOfSquares(samples[1][i]),
+                                               pairsOfSquares(samples[2][i]), pairsOfSquares(samples[3][i]));
+            addBlocks(i, hn::LowerHalf(sums));
+            addBlocks(i, hn::UpperHalf(hn::Half<hn::DFromV<decltype(sums)>>(), sums));
         }
     }
 
@@ -148,23 +149,34 @@ private:
         }
     }
 
+    // Adds the sums of two blocks, one after the other.
+    template <class V>
+    HWY_INLINE void addBlocks(size_t i, V sums) {
+        const auto wide = hn::PromoteTo(hn::Rebind<Qel64f, hn::DFromV<V>>(), sums);
+        totals_[i][0] = hn::Add(totals_[i][0], hn::LowerHalf(wide));
+        totals_[i][0] = hn::Add(totals_[i][0], hn::UpperHalf(D4(), wide));
+    }
+
     Channel channel_;
     hn::Vec<D4> totals_[kSums][kHalves];  // one for each of the four lanes
 };
 
 // Blocks of 32 samples; the rest of a row goes by one block each of 16, 8 and 4, and by single samples.
 template <class Family, template <class> class Channel>
-NormSums sumSquares(const NormRegion<Qel16u>& region) {
+NormSums sumSquares(const NormRegion<Qel16u>& images) {
+    const NormRegion<Qel16u> region =
+        images.size.width % 32 == 0 ? joinedRows(images, Channel<Qel16u>::kChannels) : images;
     BlockSums<Family, Channel<Qel16u>> sums((Channel<Qel16u>(region.coi)));
-    const Prefetcher<Family, Channel<Qel16u>, Qel16u> prefetch(region.size);
+    const NormPrefetcher<Family, Channel<Qel16u>, Qel16u> prefetch(region.size);
     const size_t width = static_cast<size_t>(region.size.width);
     for (int y = 0; y < region.size.height; ++y) {
         const NormRow<Qel16u> row(region, y);
         size_t x = 0;
         if constexpr (hn::MaxLanes(hn::CappedTag<Qel16u, 32>()) == 32) {
-            for (; x + 64 <= width; x += 64) {
+            for (; x + 128 <= width; x += 128) {
                 prefetch(row, x);
-                sums.addTwoVectors(row, x);
+                prefetch(row, x + 64);
+                sums.addFourVectors(row, x);
             }
         }
         for (; x + 32 <= width; x += 32) {

@@ -403,6 +403,34 @@ TEST_P(Mean, qeliMean_StdDev_32f_C3CMR) {
     agreesWithModel<Qel32f>(MEMBER(Qel32f, StdDevC3CMR, qeliMean_StdDev_32f_C3CMR));
 }
 
+// Sums of magnitudes that lie as far apart as a sum of double precision can just hold exactly, a little closer or a
+// little further, and changing from band to band: where an addition rounds, the order of the pixels shows.
+TEST_P(Mean, SumsInOrderAtTheBrinkOfRounding) {
+    const auto member = MEMBER(Qel32f, MeanC3CMR, qeliMean_32f_C3CMR);
+    for (uint32_t seed = 0; seed < 200; ++seed) {
+        kit::Trial trial(seed, {1 + int(seed * 7 % 150), 40});
+        kit::Image<Qel32f> image(trial, 3);
+        const kit::Image<Qel8u> mask = maskOf(trial);
+        const bool negative = trial.between(0, 1) != 0;
+        int exponent = trial.between(-149, 60);
+        int apart = trial.between(0, 3) == 0 ? trial.between(0, 60) : trial.between(14, 24);
+        for (int y = 0; y < trial.size.height; ++y) {
+            if (trial.between(0, 7) == 0) exponent += trial.between(-8, 8);
+            if (trial.between(0, 7) == 0) apart += trial.between(-2, 2);
+            for (int x = 0; x < trial.size.width * 3; ++x) {
+                const int odd = trial.between(0x7FFFFF, 0xFFFFFF) | 1;
+                const Qel32f sample = std::ldexp(Qel32f(odd), exponent + (trial.between(0, 7) == 0 ? 0 : apart) - 24);
+                image.at(x, y) = trial.between(0, 15) == 0              ? 0
+                                 : negative && trial.between(0, 1) != 0 ? -sample
+                                                                        : sample;
+            }
+        }
+        ASSERT_NO_FATAL_FAILURE(agrees(
+            member, Args<Qel32f>{image.data(), image.step(), mask.data(), mask.step(), trial.size, 1, nullptr, nullptr},
+            trial.text()));
+    }
+}
+
 // Memory that reads as one value everywhere: one stretch, mapped again and again.
 class Repeated {
 public:
