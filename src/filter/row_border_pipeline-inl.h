@@ -22,11 +22,13 @@ HWY_INLINE void forEachRow(const T* pSrc, int srcStep, Out* const* pRowDst, QelS
     const RowGeometry geometry(size.width, channels, filter.kernelSize, filter.anchor);
     RowStrips<T> strips(geometry, filter, carver);
     const int count = geometry.samples - geometry.reach();
+    strips.fill(pSrc);
     for (int y = 0; y < size.height; ++y) {
         const T* const src = row(pSrc, srcStep, y);
         Out* const out = pRowDst[y];
-        strips.fill(src);
         strips.forEach([&](const T* strip, int x, int results) HWY_ATTR { edge(strip, out + x, size_t(results)); });
+        // Early, for a vector of the strip to be loaded when the samples that it is made of have reached the cache.
+        if (y + 1 < size.height) strips.fill(row(pSrc, srcStep, y + 1));
         if (count > 0) interior(src, out + geometry.before, size_t(count));
     }
 }

@@ -332,7 +332,7 @@ void agreesAroundTheKernelsWidth() {
 template <class Form>
 void agreesWithLargeKernels() {
     uint32_t seed = 0;
-    for (const int taps : {64, 200, 333}) {
+    for (const int taps : {49, 50, 64, 200, 333}) {
         for (const int width : {1, 7, taps - 2, taps, taps + 20, 2 * taps}) {
             kit::Trial trial(seed++, {width, 2});
             Kernel<typename Form::Coefficient> kernel{{}, trial.between(0, taps - 1)};
