@@ -101,6 +101,47 @@ HWY_INLINE void forSourceRows(const Src* const* pRowSrc, int height, bool togeth
     for (; y < height; ++y) op(y, SourceRows<kTaps, 1, Src>(pRowSrc + y));
 }
 
+// Sums of three and five taps; their order is part of a 32f result. A symmetric kernel adds first what has the same
+// tap.
+template <class K>
+struct ThreeTaps {
+    const K* k;
+    template <class D, class V>
+    HWY_INLINE V operator()(D d, V r0, V r1, V r2) const {
+        return hn::Add(hn::Add(hn::Mul(r0, hn::Set(d, k[0])), hn::Mul(r1, hn::Set(d, k[1]))),
+                       hn::Mul(r2, hn::Set(d, k[2])));
+    }
+};
+
+template <class K>
+struct SymmetricThreeTaps {
+    const K* k;
+    template <class D, class V>
+    HWY_INLINE V operator()(D d, V r0, V r1, V r2) const {
+        return hn::Add(hn::Mul(hn::Add(r0, r2), hn::Set(d, k[0])), hn::Mul(r1, hn::Set(d, k[1])));
+    }
+};
+
+template <class K>
+struct FiveTaps {
+    const K* k;
+    template <class D, class V>
+    HWY_INLINE V operator()(D d, V r0, V r1, V r2, V r3, V r4) const {
+        const V upper = ThreeTaps<K>{k}(d, r0, r1, r2);
+        return hn::Add(hn::Add(upper, hn::Mul(r3, hn::Set(d, k[3]))), hn::Mul(r4, hn::Set(d, k[4])));
+    }
+};
+
+template <class K>
+struct SymmetricFiveTaps {
+    const K* k;
+    template <class D, class V>
+    HWY_INLINE V operator()(D d, V r0, V r1, V r2, V r3, V r4) const {
+        return hn::Add(hn::Add(hn::Mul(hn::Add(r0, r4), hn::Set(d, k[0])), hn::Mul(hn::Add(r1, r3), hn::Set(d, k[1]))),
+                       hn::Mul(r2, hn::Set(d, k[2])));
+    }
+};
+
 // Any number of taps, summed in their order: emit(y, sum) for one output row or for four.
 constexpr int kSummedRows = 4;
 

@@ -10,24 +10,8 @@ namespace qel {
 namespace HWY_NAMESPACE {
 namespace {
 
-struct ThreeTaps {
-    const Qel32f* k;
-    template <class D, class V>
-    HWY_INLINE V operator()(D d, V r0, V r1, V r2) const {
-        return hn::Add(hn::Add(hn::Mul(r0, hn::Set(d, k[0])), hn::Mul(r1, hn::Set(d, k[1]))),
-                       hn::Mul(r2, hn::Set(d, k[2])));
-    }
-};
-
-struct SymmetricThreeTaps {
-    const Qel32f* k;
-    template <class D, class V>
-    HWY_INLINE V operator()(D d, V r0, V r1, V r2) const {
-        return hn::Add(hn::Mul(hn::Add(r0, r2), hn::Set(d, k[0])), hn::Mul(r1, hn::Set(d, k[1])));
-    }
-};
-
-struct FiveTaps {
+// The two middle ones of five taps go together.
+struct FiveScaledTaps {
     const Qel32f* k;
     template <class D, class V>
     HWY_INLINE V operator()(D d, V r0, V r1, V r2, V r3, V r4) const {
@@ -178,7 +162,7 @@ void columns3x3(const Qel16s* const* pRowSrc, T* pDst, int dstStep, QelSize size
         exactThreeTapRows(pRowSrc, pDst, dstStep, size, taps.pKernel);
         return truncateRests(pRowSrc, pDst, dstStep, size, wholeGroups(size.width, 8), taps);
     }
-    const ThreeTaps formula{taps.pScaled};
+    const ThreeTaps<Qel32f> formula{taps.pScaled};
     if (firstOfImage) {
         tapRows<3, 4>(pRowSrc, pDst, dstStep, {size.width, 1}, taps, formula);
         ++pRowSrc;
@@ -186,7 +170,7 @@ void columns3x3(const Qel16s* const* pRowSrc, T* pDst, int dstStep, QelSize size
         --size.height;
     }
     if (taps.pKernel[0] == taps.pKernel[2]) {
-        tapRows<3, 8>(pRowSrc, pDst, dstStep, size, taps, SymmetricThreeTaps{taps.pScaled});
+        tapRows<3, 8>(pRowSrc, pDst, dstStep, size, taps, SymmetricThreeTaps<Qel32f>{taps.pScaled});
     } else {
         tapRows<3, 8>(pRowSrc, pDst, dstStep, size, taps, formula);
     }
@@ -194,7 +178,7 @@ void columns3x3(const Qel16s* const* pRowSrc, T* pDst, int dstStep, QelSize size
 
 template <class T>
 void columns5x5(const Qel16s* const* pRowSrc, T* pDst, int dstStep, QelSize size, const DividedTaps& taps, bool) {
-    tapRows<5, 4>(pRowSrc, pDst, dstStep, size, taps, FiveTaps{taps.pScaled});
+    tapRows<5, 4>(pRowSrc, pDst, dstStep, size, taps, FiveScaledTaps{taps.pScaled});
 }
 
 template <class T>

@@ -8,44 +8,6 @@ namespace qel {
 namespace HWY_NAMESPACE {
 namespace {
 
-// The order of each sum is part of the result.
-
-struct ThreeTaps {
-    const Qel32f* k;
-    template <class D, class V>
-    HWY_INLINE V operator()(D d, V r0, V r1, V r2) const {
-        return hn::Add(hn::Add(hn::Mul(r0, hn::Set(d, k[0])), hn::Mul(r1, hn::Set(d, k[1]))),
-                       hn::Mul(r2, hn::Set(d, k[2])));
-    }
-};
-
-struct SymmetricThreeTaps {
-    const Qel32f* k;
-    template <class D, class V>
-    HWY_INLINE V operator()(D d, V r0, V r1, V r2) const {
-        return hn::Add(hn::Mul(hn::Add(r0, r2), hn::Set(d, k[0])), hn::Mul(r1, hn::Set(d, k[1])));
-    }
-};
-
-struct FiveTaps {
-    const Qel32f* k;
-    template <class D, class V>
-    HWY_INLINE V operator()(D d, V r0, V r1, V r2, V r3, V r4) const {
-        const V upper = hn::Add(hn::Add(hn::Mul(r0, hn::Set(d, k[0])), hn::Mul(r1, hn::Set(d, k[1]))),
-                                hn::Mul(r2, hn::Set(d, k[2])));
-        return hn::Add(hn::Add(upper, hn::Mul(r3, hn::Set(d, k[3]))), hn::Mul(r4, hn::Set(d, k[4])));
-    }
-};
-
-struct SymmetricFiveTaps {
-    const Qel32f* k;
-    template <class D, class V>
-    HWY_INLINE V operator()(D d, V r0, V r1, V r2, V r3, V r4) const {
-        return hn::Add(hn::Add(hn::Mul(hn::Add(r0, r4), hn::Set(d, k[0])), hn::Mul(hn::Add(r1, r3), hn::Set(d, k[1]))),
-                       hn::Mul(r2, hn::Set(d, k[2])));
-    }
-};
-
 // Stores a vector. What bypasses the cache is not to be fetched into it first.
 template <bool Streaming, class D, class Store, class V = hn::Vec<D>>
 HWY_INLINE void storeInto(Store store, V sum, D d, Qel32f* p) {
@@ -71,9 +33,9 @@ template <bool Streaming>
 void floatColumns3x3(const Qel32f* const* pRowSrc, Qel32f* pDst, int dstStep, QelSize size, const Qel32f* pKernel,
                      int) {
     if (pKernel[0] == pKernel[2]) {
-        tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, SymmetricThreeTaps{pKernel});
+        tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, SymmetricThreeTaps<Qel32f>{pKernel});
     } else {
-        tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, ThreeTaps{pKernel});
+        tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, ThreeTaps<Qel32f>{pKernel});
     }
 }
 
@@ -81,9 +43,9 @@ template <bool Streaming>
 void floatColumns5x5(const Qel32f* const* pRowSrc, Qel32f* pDst, int dstStep, QelSize size, const Qel32f* pKernel,
                      int) {
     if (pKernel[0] == pKernel[4] && pKernel[1] == pKernel[3]) {
-        tapRows<5, Streaming>(pRowSrc, pDst, dstStep, size, SymmetricFiveTaps{pKernel});
+        tapRows<5, Streaming>(pRowSrc, pDst, dstStep, size, SymmetricFiveTaps<Qel32f>{pKernel});
     } else {
-        tapRows<5, Streaming>(pRowSrc, pDst, dstStep, size, FiveTaps{pKernel});
+        tapRows<5, Streaming>(pRowSrc, pDst, dstStep, size, FiveTaps<Qel32f>{pKernel});
     }
 }
 

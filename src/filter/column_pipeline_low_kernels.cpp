@@ -10,42 +10,6 @@ namespace {
 
 // Products and sums keep their low 16 bits, so their order does not matter.
 
-struct ThreeTaps {
-    const Qel16s* k;
-    template <class D, class V>
-    HWY_INLINE V operator()(D d, V r0, V r1, V r2) const {
-        return hn::Add(hn::Add(hn::Mul(r0, hn::Set(d, k[0])), hn::Mul(r1, hn::Set(d, k[1]))),
-                       hn::Mul(r2, hn::Set(d, k[2])));
-    }
-};
-
-struct SymmetricThreeTaps {
-    const Qel16s* k;
-    template <class D, class V>
-    HWY_INLINE V operator()(D d, V r0, V r1, V r2) const {
-        return hn::Add(hn::Mul(hn::Add(r0, r2), hn::Set(d, k[0])), hn::Mul(r1, hn::Set(d, k[1])));
-    }
-};
-
-struct FiveTaps {
-    const Qel16s* k;
-    template <class D, class V>
-    HWY_INLINE V operator()(D d, V r0, V r1, V r2, V r3, V r4) const {
-        const V outer = hn::Add(hn::Mul(r0, hn::Set(d, k[0])), hn::Mul(r4, hn::Set(d, k[4])));
-        const V inner = hn::Add(hn::Mul(r1, hn::Set(d, k[1])), hn::Mul(r3, hn::Set(d, k[3])));
-        return hn::Add(hn::Add(outer, inner), hn::Mul(r2, hn::Set(d, k[2])));
-    }
-};
-
-struct SymmetricFiveTaps {
-    const Qel16s* k;
-    template <class D, class V>
-    HWY_INLINE V operator()(D d, V r0, V r1, V r2, V r3, V r4) const {
-        return hn::Add(hn::Add(hn::Mul(hn::Add(r0, r4), hn::Set(d, k[0])), hn::Mul(hn::Add(r1, r3), hn::Set(d, k[1]))),
-                       hn::Mul(r2, hn::Set(d, k[2])));
-    }
-};
-
 // How a sum becomes a result.
 struct AsItIs {
     template <class D, class V>
@@ -127,9 +91,9 @@ void columnsLow3x3(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelS
     const size_t groups = size_t(size.width & -8);
     withFinish(reciprocal, [=](auto finish) HWY_ATTR {
         if (pKernel[0] == pKernel[2]) {
-            tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, groups, SymmetricThreeTaps{pKernel}, finish);
+            tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, groups, SymmetricThreeTaps<Qel16s>{pKernel}, finish);
         } else {
-            tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, groups, ThreeTaps{pKernel}, finish);
+            tapRows<3, Streaming>(pRowSrc, pDst, dstStep, size, groups, ThreeTaps<Qel16s>{pKernel}, finish);
         }
     });
     keepLowBitsOfRests(pRowSrc, pDst, dstStep, size, pKernel, kernelSize, reciprocal);
@@ -138,7 +102,7 @@ void columnsLow3x3(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelS
 void columnsLow5x5(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelSize size, const Qel16s* pKernel,
                    int kernelSize, int reciprocal) {
     withFinish(reciprocal, [=](auto finish) HWY_ATTR {
-        tapRows<5, false>(pRowSrc, pDst, dstStep, size, size_t(size.width & -8), FiveTaps{pKernel}, finish);
+        tapRows<5, false>(pRowSrc, pDst, dstStep, size, size_t(size.width & -8), FiveTaps<Qel16s>{pKernel}, finish);
     });
     keepLowBitsOfRests(pRowSrc, pDst, dstStep, size, pKernel, kernelSize, reciprocal);
 }
@@ -147,7 +111,8 @@ void columnsLow5x5(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelS
 template <bool Streaming>
 void columnsLow5x5Over16(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelSize size, const Qel16s* pKernel,
                          int, int) {
-    tapRows<5, Streaming>(pRowSrc, pDst, dstStep, size, size_t(size.width), SymmetricFiveTaps{pKernel}, Sixteenth());
+    tapRows<5, Streaming>(pRowSrc, pDst, dstStep, size, size_t(size.width), SymmetricFiveTaps<Qel16s>{pKernel},
+                          Sixteenth());
 }
 
 void columnsLowX(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstStep, QelSize size, const Qel16s* pKernel,
