@@ -74,6 +74,10 @@ HWY_INLINE hn::Vec<D> select(D, NoMask, size_t, hn::Vec<D>, hn::Vec<D> now) {
 // A pixel whose mask byte is zero keeps the bits of its old value.
 template <class D>
 HWY_INLINE hn::Vec<D> select(D d, const Qel8u* mask, size_t x, hn::Vec<D> old, hn::Vec<D> now) {
+#if HWY_COMPILER_CLANG
+    // Clang would take zeros for the sources of these pixels and add them, which makes signalling NaNs quiet.
+    asm("" : "+x"(now.raw));
+#endif
     const hn::RebindToUnsigned<D> du;
     const auto bytes = hn::PromoteTo(du, hn::LoadU(hn::Rebind<Qel8u, D>(), mask + x));
     return hn::IfThenElse(hn::RebindMask(d, hn::Eq(bytes, hn::Zero(du))), old, now);
