@@ -46,9 +46,11 @@ constexpr RowKernelFacts kRowKernels[] = {facts(kerDx_3),  facts(kerScharr_3), f
                                           facts(kerD2x_3), facts(kerD2x_5),    facts(kerSobel_3), facts(kerSobel_5),
                                           facts(kerAvr_3), facts(kerAvr_5),    facts(kerLap_3)};
 
-// Rows of results that one turn gives: a quarter of a strip. So few that the column stage meets the rows of the ring in
-// the nearest cache.
-constexpr int kTurnRows = 4;
+// Rows of results that one turn gives: a strip or, where rows are long, a quarter of one. So few that the column stage
+// meets the rows of the ring in the nearest cache.
+constexpr int kStripRows = 16;
+constexpr int kLongRow = 256;
+constexpr int rowsPerTurn(int width) { return width < kLongRow ? kStripRows : kStripRows / 4; }
 
 // What the row stage makes of a row that is borderValue throughout. 32f sums stay as they are.
 template <class Mid, class Src>
@@ -103,12 +105,13 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     for (int i = 1; i <= reach; ++i)
         pointers[taps - i] = borderRow(-i, borderMode & kRowsAboveInMemory, pointers[taps]);
 
+    const int turnRows = rowsPerTurn(size.width);
     int read = taps - reach;
     int write = taps;
     int filled = 0;
     int done = 0;
     while (filled < size.height) {
-        const int turn = std::min(size.height - filled, filled == 0 ? kTurnRows + taps - 1 - reach : kTurnRows);
+        const int turn = std::min(size.height - filled, filled == 0 ? turnRows + taps - 1 - reach : turnRows);
         filterRows(row(pSrc, srcStep, filled), pointers + write, turn);
         filled += turn;
         write += turn;
@@ -118,7 +121,7 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
             done += ready;
             read += ready;
         }
-        if (write + kTurnRows > pointerCount(taps)) {
+        if (write + turnRows > pointerCount(taps)) {
             write -= ringRows(taps);
             read -= ringRows(taps);
         }
