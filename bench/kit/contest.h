@@ -22,7 +22,7 @@ std::vector<Entry> allEntries();
 // How long to measure.
 struct Effort {
     int rounds;
-    double sampleSeconds;  // a sample repeats the call for at least this long
+    double sampleSeconds;  // a sample repeats the call for at least this long, and five times as long on large images
     double totalSeconds;   // fewer rounds, but three, are made where they would take longer
 };
 

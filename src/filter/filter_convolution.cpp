@@ -46,11 +46,23 @@ constexpr RowKernelFacts kRowKernels[] = {facts(kerDx_3),  facts(kerScharr_3), f
                                           facts(kerD2x_3), facts(kerD2x_5),    facts(kerSobel_3), facts(kerSobel_5),
                                           facts(kerAvr_3), facts(kerAvr_5),    facts(kerLap_3)};
 
-// Rows of results that one turn gives: a strip or, where rows are long, a quarter of one. So few that the column stage
-// meets the rows of the ring in the nearest cache.
+// Rows of results that one turn gives: a strip or, where rows are long, a part of one. So few that what a turn reads
+// and writes stays in the nearest cache: as many rows of the source and of the result, and the rows of the ring.
 constexpr int kStripRows = 16;
-constexpr int kLongRow = 256;
-constexpr int rowsPerTurn(int width) { return width < kLongRow ? kStripRows : kStripRows / 4; }
+constexpr int64_t kNearestCache = 0x8000;
+int rowsPerTurn(int64_t imageRowBytes, int64_t ringRowBytes, int taps) {
+    int rows = kStripRows;
+    while (rows > 1 && rows * imageRowBytes + (rows + taps - 1) * ringRowBytes > kNearestCache) rows /= 2;
+    return rows;
+}
+
+template <class Src, class Dst>
+Access accessTo(QelSize size) {
+    const int64_t pixels = int64_t{size.width} * size.height;
+    const int64_t halfOfCache = owncvGetCacheSize() / 2;
+    if (pixels >= halfOfCache) return Access::kStreaming;
+    return pixels * int64_t{sizeof(Src) + sizeof(Dst)} >= halfOfCache ? Access::kAhead : Access::kCached;
+}
 
 // What the row stage makes of a row that is borderValue throughout. 32f sums stay as they are.
 template <class Mid, class Src>
@@ -75,14 +87,14 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     const ConvolutionScratch<Mid> layout(pScratch, size.width, taps, pass.row == kRowLaplacian3);
     Mid** const pointers = layout.pointers;
 
+    const Access access = accessTo<Src, Dst>(size);
     FixedRowKernel<Src, Mid>* const rowStage = pass.rows;
     const auto filterRows = [&](const Src* p, Mid* const* pRows, int count) {
-        rowStage(p, srcStep, pRows, {size.width, count}, mode, borderValue);
+        rowStage(p, srcStep, pRows, {size.width, count}, mode, borderValue, access);
     };
     FixedColumnKernel<Mid, Dst>* const columnStage = pass.columns;
-    const bool streaming = int64_t{size.width} * size.height >= owncvGetCacheSize() / 2;
     const auto filterColumns = [&](Mid* const* pRows, int y, int count) {
-        columnStage(pRows, row(pDst, dstStep, y), dstStep, {size.width, count}, divisor, streaming);
+        columnStage(pRows, row(pDst, dstStep, y), dstStep, {size.width, count}, divisor, access);
     };
 
     // The filtered row y of the slice, which lies above or below it; edgeRow is the filtered row at that edge.
@@ -101,11 +113,13 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     };
 
     // The upper border stands ahead of the ring, and the ring twice in the array: any run of rows is a run of pointers.
-    for (int i = taps; i < pointerCount(taps); ++i) pointers[i] = layout.ringRow((i - taps) % ringRows(taps));
+    const int turnRows = rowsPerTurn(int64_t{size.width} * int64_t{sizeof(Src) + sizeof(Dst)},
+                                     int64_t{layout.stride} * int64_t{sizeof(Mid)}, taps);
+    const int rowsInUse = turnRows + taps - 1;
+    for (int i = taps; i < pointerCount(taps); ++i) pointers[i] = layout.ringRow((i - taps) % rowsInUse);
     for (int i = 1; i <= reach; ++i)
         pointers[taps - i] = borderRow(-i, borderMode & kRowsAboveInMemory, pointers[taps]);
 
-    const int turnRows = rowsPerTurn(size.width);
     int read = taps - reach;
     int write = taps;
     int filled = 0;
@@ -121,9 +135,9 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
             done += ready;
             read += ready;
         }
-        if (write + turnRows > pointerCount(taps)) {
-            write -= ringRows(taps);
-            read -= ringRows(taps);
+        if (write + std::max(turnRows, reach) > pointerCount(taps)) {
+            write -= rowsInUse;
+            read -= rowsInUse;
         }
     }
     Mid* const lastRow = pointers[write - 1];

@@ -19,15 +19,6 @@ struct Laplacian3 {
     }
 };
 
-// As forVectors where count is a multiple of kGroup: no part of a vector is smaller than a group.
-template <size_t kGroup, class D, class Op>
-HWY_INLINE void forGroups(D d, size_t count, const Op& op, size_t x = 0) {
-    x = forWholeVectors(d, count, op, x);
-    if constexpr (hn::MaxLanes(D()) > kGroup) {
-        if (x < count) forGroups<kGroup>(hn::Half<D>(), count, op, x);
-    }
-}
-
 // The samples of the taps' rows at x.
 template <class D>
 struct Column {
@@ -40,34 +31,52 @@ struct Column {
     HWY_INLINE hn::Vec<D> second(int tap) const { return hn::LoadU(D(), rows[tap] + secondHalf + x); }
 };
 
-// Rows of results that one pass over the columns gives, so that a sample is loaded once for several of them.
-constexpr int kRowsAtOnce = 4;
+// Asks for the lines that the next stores into kRows rows will fill.
+template <int kRows, class Dst>
+HWY_INLINE void prefetchForStores(Dst* out, int dstStep) {
+    constexpr int kBytesAhead = 1024;
+#pragma GCC unroll 4
+    for (int i = 0; i < kRows; ++i) hwy::Prefetch(reinterpret_cast<const char*>(row(out, dstStep, i)) + kBytesAhead);
+}
 
 // kRows rows of results by op(d, column, out), which gives those at out. All of them are formed before the first is
 // stored. The addresses of the source rows are kept at hand: in memory, a store could change them, as far as a compiler
 // knows.
-template <int kTaps, int kRows, class Mid, class Dst, class Op>
+template <int kTaps, int kRows, size_t kGroup, bool kAhead, class Mid, class Dst, class Op>
 HWY_INLINE void columnRows(const Mid* const* pRows, Dst* out, int dstStep, int width, const Op& op) {
     const int secondHalf = intermediateStride(width);
     const Mid* rows[kRows + kTaps - 1];
     for (int i = 0; i < kRows + kTaps - 1; ++i) rows[i] = pRows[i];
-    forVectors(hn::ScalableTag<Mid>(), size_t(width), [&](auto d, size_t x) QEL_INLINE_LAMBDA {
-        const hn::Rebind<Dst, decltype(d)> dOut;
-        hn::Vec<decltype(dOut)> results[kRows];
+    forVectors<kGroup>(
+        hn::ScalableTag<Mid>(), size_t(width) / kGroup * kGroup, [&](auto d, size_t x) QEL_INLINE_LAMBDA {
+            const hn::Rebind<Dst, decltype(d)> dOut;
+            if constexpr (kAhead) prefetchForStores<kRows>(out + x, dstStep);
+            hn::Vec<decltype(dOut)> results[kRows];
 #pragma GCC unroll 4
-        for (int i = 0; i < kRows; ++i)
-            results[i] = op(d, Column<decltype(d)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
+            for (int i = 0; i < kRows; ++i)
+                results[i] = op(d, Column<decltype(d)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
 #pragma GCC unroll 4
-        for (int i = 0; i < kRows; ++i) hn::StoreU(results[i], dOut, row(out, dstStep, i) + x);
-    });
+            for (int i = 0; i < kRows; ++i) hn::StoreU(results[i], dOut, row(out, dstStep, i) + x);
+        });
 }
 
-template <int kTaps, class Mid, class Dst, class Op>
-HWY_INLINE void forColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
+// All rows of results, as far as rows have full groups of samples: as many at once as there are, so that a sample is
+// loaded once for several of them.
+template <int kTaps, size_t kGroup, bool kAhead, class Mid, class Dst, class Op>
+HWY_INLINE void allColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
     int y = 0;
-    for (; y + kRowsAtOnce <= size.height; y += kRowsAtOnce)
-        columnRows<kTaps, kRowsAtOnce>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
-    for (; y < size.height; ++y) columnRows<kTaps, 1>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+    for (; y + 4 <= size.height; y += 4)
+        columnRows<kTaps, 4, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+    for (; y + 2 <= size.height; y += 2)
+        columnRows<kTaps, 2, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+    for (; y < size.height; ++y)
+        columnRows<kTaps, 1, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+}
+
+template <int kTaps, size_t kGroup = 1, class Mid, class Dst, class Op>
+HWY_INLINE void forColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, Access access, const Op& op) {
+    access == Access::kCached ? allColumns<kTaps, kGroup, false>(pRows, pDst, dstStep, size, op)
+                              : allColumns<kTaps, kGroup, true>(pRows, pDst, dstStep, size, op);
 }
 
 // As forColumns for results of the sums' own type, with stores past the cache.
@@ -87,16 +96,16 @@ HWY_INLINE void streamColumns(const T* const* pRows, T* pDst, int dstStep, QelSi
 
 // The result is the sum itself.
 template <class Formula, class T>
-void filterColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, bool streaming) {
+void filterColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, Access access) {
     const auto sum = [](auto, const auto& column, const T*) QEL_INLINE_LAMBDA { return Formula()(column); };
-    streaming ? streamColumns(pRows, pDst, dstStep, size, sum)
-              : forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, sum);
+    access == Access::kStreaming ? streamColumns(pRows, pDst, dstStep, size, sum)
+                                 : forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access, sum);
 }
 
 // The result is added to what the destination holds: the second pass of the 5x5 Laplacian.
 template <class Formula, class T>
-void addColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, bool) {
-    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size,
+void addColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, Access access) {
+    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access,
                                [](auto d, const auto& column, const T* out)
                                    QEL_INLINE_LAMBDA { return hn::Add(hn::LoadU(d, out), Formula()(column)); });
 }
@@ -106,11 +115,11 @@ template <class Formula>
 constexpr Qel32f kMeanFactor = Formula::kTaps == 3 ? 0.11111111F : 0.04F;
 
 template <class Formula>
-void averageColumns(const Qel32f* const* pRows, Qel32f* pDst, int dstStep, QelSize size, int, bool streaming) {
+void averageColumns(const Qel32f* const* pRows, Qel32f* pDst, int dstStep, QelSize size, int, Access access) {
     const auto mean = [](auto d, const auto& column, const Qel32f*)
                           QEL_INLINE_LAMBDA { return hn::Mul(Formula()(column), hn::Set(d, kMeanFactor<Formula>)); };
-    streaming ? streamColumns(pRows, pDst, dstStep, size, mean)
-              : forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, mean);
+    access == Access::kStreaming ? streamColumns(pRows, pDst, dstStep, size, mean)
+                                 : forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access, mean);
 }
 
 // The mean of nine bytes, rounded, or of 25 bytes, not rounded: 25 times 255 gives 254.
@@ -122,9 +131,9 @@ template <class Formula>
 constexpr MeanOf8u kMeanOf8u = Formula::kTaps == 3 ? MeanOf8u{5, 7280} : MeanOf8u{0, 2621};
 
 template <class Formula>
-void averageColumnsTo8u(const Qel16s* const* pRows, Qel8u* pDst, int dstStep, QelSize size, int, bool) {
+void averageColumnsTo8u(const Qel16s* const* pRows, Qel8u* pDst, int dstStep, QelSize size, int, Access access) {
     forColumns<Formula::kTaps>(
-        pRows, pDst, dstStep, size, [](auto d, const auto& column, const Qel8u*) QEL_INLINE_LAMBDA {
+        pRows, pDst, dstStep, size, access, [](auto d, const auto& column, const Qel8u*) QEL_INLINE_LAMBDA {
             const hn::RebindToUnsigned<decltype(d)> du;
             const auto sum = hn::Add(hn::BitCast(du, Formula()(column)), hn::Set(du, kMeanOf8u<Formula>.half));
             const auto mean = hn::MulHigh(sum, hn::Set(du, kMeanOf8u<Formula>.factor));
@@ -136,19 +145,25 @@ void averageColumnsTo8u(const Qel16s* const* pRows, Qel8u* pDst, int dstStep, Qe
 // to even: both are documented results, so the size of a group is the same on every machine.
 constexpr size_t kGroup8s = 8;
 
-// Sums times a factor: rounded to even, saturated.
+// Sums times a factor of at most 1: rounded to even, saturated. The bits of a sum become a 32f number without a
+// conversion, as the low bits of one whose unit is 1, and so does a quotient become an integer.
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE hn::Vec<hn::Rebind<Qel8s, D>> rounded(D d, V sum, Qel32f factor) {
-    const hn::Half<D> half;
-    const hn::Rebind<Qel32s, decltype(half)> d32;
-    const hn::Rebind<Qel32f, decltype(half)> df;
-    const auto quotient = [=](auto part) HWY_ATTR {
-        const auto product = hn::Mul(hn::ConvertTo(df, hn::PromoteTo(d32, part)), hn::Set(df, factor));
-        return hn::DemoteTo(half, hn::NearestInt(product));
+    const hn::RebindToUnsigned<D> du;
+    const hn::Repartition<Qel32f, D> df;
+    const hn::RebindToSigned<decltype(df)> d32;
+    constexpr Qel32f kUnit1 = 0x1p23F;
+    constexpr int kBias = 0x8000;
+    const auto biased = hn::Xor(hn::BitCast(du, sum), hn::Set(du, kBias));
+    const auto exponent = hn::Set(du, 0x4B00);
+    const auto quotient = [=](auto bits) HWY_ATTR {
+        const auto value = hn::Sub(hn::BitCast(df, bits), hn::Set(df, kUnit1 + kBias));
+        const auto shifted = hn::Add(hn::Mul(value, hn::Set(df, factor)), hn::Set(df, 1.5F * kUnit1));
+        return hn::Sub(hn::BitCast(d32, shifted), hn::Set(d32, 0x4B400000));
     };
-    const auto low = quotient(hn::LowerHalf(half, sum));
-    const auto high = quotient(hn::UpperHalf(half, sum));
-    return hn::DemoteTo(hn::Rebind<Qel8s, D>(), hn::Combine(d, high, low));
+    const auto both = hn::ReorderDemote2To(d, quotient(hn::InterleaveLower(du, biased, exponent)),
+                                           quotient(hn::InterleaveUpper(du, biased, exponent)));
+    return hn::DemoteTo(hn::Rebind<Qel8s, D>(), both);
 }
 
 // A sum times a factor: clamped, truncated.
@@ -157,20 +172,17 @@ HWY_INLINE Qel8s truncated(Qel16s sum, Qel32f factor) {
 }
 
 template <class Formula>
-void divideColumns(const Qel16s* const* pRows, Qel8s* pDst, int dstStep, QelSize size, int divisor, bool) {
+void divideColumns(const Qel16s* const* pRows, Qel8s* pDst, int dstStep, QelSize size, int divisor, Access access) {
     const Qel32f factor = 1.0F / static_cast<Qel32f>(divisor);
+    forColumns<Formula::kTaps, kGroup8s>(pRows, pDst, dstStep, size, access,
+                                         [=](auto d, const auto& column, const Qel8s*)
+                                             QEL_INLINE_LAMBDA { return rounded(d, Formula()(column), factor); });
+    const hn::FixedTag<Qel16s, 1> one;
     const int secondHalf = intermediateStride(size.width);
-    const size_t grouped = static_cast<size_t>(size.width) / kGroup8s * kGroup8s;
     for (int y = 0; y < size.height; ++y) {
-        Qel8s* out = row(pDst, dstStep, y);
-        const Qel16s* const* rows = pRows + y;
-        forGroups<kGroup8s>(hn::ScalableTag<Qel16s>(), grouped, [=](auto d, size_t x) HWY_ATTR {
-            const auto sum = Formula()(Column<decltype(d)>{rows, x, secondHalf});
-            hn::StoreU(rounded(d, sum, factor), hn::Rebind<Qel8s, decltype(d)>(), out + x);
-        });
-        const hn::FixedTag<Qel16s, 1> one;
-        for (size_t x = grouped; x < size_t(size.width); ++x)
-            out[x] = truncated(hn::GetLane(Formula()(Column<decltype(one)>{rows, x, secondHalf})), factor);
+        Qel8s* const out = row(pDst, dstStep, y);
+        for (size_t x = size_t(size.width) / kGroup8s * kGroup8s; x < size_t(size.width); ++x)
+            out[x] = truncated(hn::GetLane(Formula()(Column<decltype(one)>{pRows + y, x, secondHalf})), factor);
     }
 }
 

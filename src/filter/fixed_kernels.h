@@ -25,16 +25,23 @@ constexpr Qel16s kerLap_3[] = {1, 0, 1};
 // other.
 constexpr int intermediateStride(int width) { return (width + 7) & ~7; }
 
+// How the images are gone through, by their size.
+enum class Access {
+    kCached,     // they are found in a cache
+    kAhead,      // they are not, and asked for ahead of their turn
+    kStreaming,  // the source is asked for ahead, and the stores of some column routines bypass the cache
+};
+
 // Filters size.height rows of the source, each extended by the border, into the rows that pRows points to.
 template <class Src, class Mid>
 using FixedRowKernel = void(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, int borderMode,
-                            Src borderValue);
+                            Src borderValue, Access access);
 
-// Filters columns: row y of the result is made of the rows pRows[y] and on, as many as the kernel has taps. The stores
-// bypass the cache where `streaming` is set; only a result of type 8s is divided.
+// Filters columns: row y of the result is made of the rows pRows[y] and on, as many as the kernel has taps. Only a
+// result of type 8s is divided.
 template <class Mid, class Dst>
 using FixedColumnKernel = void(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, int divisor,
-                               bool streaming);
+                               Access access);
 
 // Entries of the tables of row routines.
 enum RowIndex {

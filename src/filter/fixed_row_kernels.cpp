@@ -71,13 +71,17 @@ private:
     int index_[kSamples];
 };
 
+// How far ahead the source is asked for: about a turn on long rows.
+constexpr int kBytesAhead = 4096;
+
 // Results whose samples are the `count` ones from p on and the taps' reach behind them.
-template <class Formula, class Src, class Mid>
+template <class Formula, bool kAhead, class Src, class Mid>
 HWY_INLINE void filterInterior(const Src* p, Mid* out, size_t count, int second) {
     constexpr size_t kVectors = kJoins && sizeof(Src) == sizeof(Qel32f) ? 2 : 1;
     [[maybe_unused]] const size_t samples = count + Formula::kTaps - 1;
     const auto op = [=](auto d, size_t x, auto vectors) QEL_INLINE_LAMBDA {
         using D = decltype(d);
+        if constexpr (kAhead) hwy::Prefetch(reinterpret_cast<const char*>(p + x) + kBytesAhead);
 #if HWY_TARGET <= HWY_AVX3
         if constexpr (vectors == 2) {
             if (x + Joined<D>::samplesRead(Formula::kTaps, vectors) <= samples)
@@ -93,7 +97,8 @@ HWY_INLINE void filterInterior(const Src* p, Mid* out, size_t count, int second)
 }
 
 template <class Formula, class Src, class Mid>
-void filterRows(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, int borderMode, Src borderValue) {
+void filterRows(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, int borderMode, Src borderValue,
+                Access access) {
     constexpr int kReach = Formula::kTaps / 2;
     const int second = intermediateStride(size.width);
     const int left = HWY_MIN(kReach, size.width);
@@ -106,7 +111,10 @@ void filterRows(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, i
         const Src* p = row(pSrc, srcStep, y);
         Mid* out = pRows[y];
         leftEnd.filter(p, out, second);
-        if (interior > 0) filterInterior<Formula>(p, out + kReach, size_t(interior), second);
+        if (interior > 0 && access == Access::kCached)
+            filterInterior<Formula, false>(p, out + kReach, size_t(interior), second);
+        else if (interior > 0)
+            filterInterior<Formula, true>(p, out + kReach, size_t(interior), second);
         rightEnd.filter(p, out, second);
     }
 }

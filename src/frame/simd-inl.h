@@ -38,24 +38,24 @@ HWY_INLINE size_t forWholeVectors(D d, size_t count, const Op& op, size_t x) {
 }
 
 // Calls op(d, x) on one vector, a half, a quarter and so on, as far as samples from x to count are left for it.
-template <class D, class Op>
+template <size_t kGroup, class D, class Op>
 HWY_INLINE void forParts(D d, size_t count, const Op& op, size_t x) {
     if (count - x >= hn::Lanes(d)) {
         op(d, x);
         x += hn::Lanes(d);
     }
-    if constexpr (hn::MaxLanes(D()) > 1) {
-        if (x < count) forParts(hn::Half<D>(), count, op, x);
+    if constexpr (hn::MaxLanes(D()) > kGroup) {
+        if (x < count) forParts<kGroup>(hn::Half<D>(), count, op, x);
     }
 }
 
-// Calls op(d, x) on whole vectors, then on parts of one down to one sample. Each sample is visited once and nothing
-// beyond count is touched, so op may read and write the same image.
-template <class D, class Op>
+// Calls op(d, x) on whole vectors, then on parts of one down to a group, of which `count` is a multiple. Each sample is
+// visited once and nothing beyond count is touched, so op may read and write the same image.
+template <size_t kGroup = 1, class D, class Op>
 HWY_INLINE void forVectors(D d, size_t count, const Op& op, size_t x = 0) {
     x = forWholeVectors(d, count, op, x);
-    if constexpr (hn::MaxLanes(D()) > 1) {
-        if (x < count) forParts(hn::Half<D>(), count, op, x);
+    if constexpr (hn::MaxLanes(D()) > kGroup) {
+        if (x < count) forParts<kGroup>(hn::Half<D>(), count, op, x);
     }
 }
 

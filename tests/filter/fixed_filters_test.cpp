@@ -294,6 +294,15 @@ void allAgree(const Call<S, D>& call, const SizeQuery& query, const Filter<S>& f
             if (std::is_same_v<S, Qel32f> && seed % 3 == 0) trial.setContent(kit::Content::kSpecial);
             ASSERT_NO_FATAL_FAILURE(agrees(call, query, filter, trial, params(mask)));
         }
+        // Rows that are so long that few go through the ring at a time, in a cache, ahead of it, and past it.
+        for (const QelSize size : {QelSize{700, 21}, QelSize{1300, 13}, QelSize{2400, 11}, QelSize{3700, 9}}) {
+            kit::Trial trial(uint32_t(size.width), size);
+            trial.setContent(kit::Content::kRandom);
+            const int cacheSizes[] = {1 << 22, 2 * size.width * size.height + 2, 0};
+            kit::core().cacheSize = cacheSizes[turn % 3];
+            ASSERT_NO_FATAL_FAILURE(agrees(call, query, filter, trial, params(mask)));
+            kit::core().cacheSize = 1 << 22;
+        }
         // Regions that go to threads, and one that is streamed.
         uint32_t seed = 1000;
         for (const int threads : {1, 2, 3, 5}) {
