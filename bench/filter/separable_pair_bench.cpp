@@ -11,14 +11,20 @@
 
 namespace {
 
-// Few rows, for the ring to stay in the nearest cache. Of large 32f images so many that the column pipeline's stores
-// bypass the cache; the second cache then holds the ring.
-template <class Out>
-int rowsPerTurn(QelSize size, int channels) {
+// Rows that go through both halves at a time. Few, if their source, the ring and their result fit the nearest cache
+// together; of large 32f images so many that the column pipeline's stores bypass the cache.
+template <class T, class Out>
+int rowsPerTurn(QelSize size, int channels, int taps) {
+    constexpr int64_t kNearestCache = 48 << 10;
     constexpr int64_t kLargeImage = 1 << 20;
     constexpr int kBypassing = 0x20000;
-    const int samples = size.width * channels;
-    return std::is_floating_point_v<Out> && int64_t{samples} * size.height > kLargeImage ? kBypassing / samples + 1 : 8;
+    const int64_t samples = int64_t{size.width} * channels;
+    for (const int turn : {8, 4, 1}) {
+        if (turn == 1 && taps > 3) break;  // columns of more taps share what they load among four rows
+        const int64_t bytes = turn * int64_t(sizeof(T) + sizeof(Out)) + (turn + taps - 1) * int64_t(sizeof(Out));
+        if (samples * bytes <= kNearestCache) return turn;
+    }
+    return std::is_floating_point_v<Out> && samples * size.height > kLargeImage ? int(kBypassing / samples) + 1 : 16;
 }
 
 // A filter of both halves, as a program drives them: the row pipeline fills a ring of rows, a few at a time, and the
@@ -29,7 +35,7 @@ public:
     template <class RowSize, class ColumnSize>
     Pair(QelSize size, int channels, std::vector<K> kernel, RowSize rowSize, ColumnSize columnSize)
         : size_(size),
-          rowsPerTurn_(rowsPerTurn<Out>(size, channels)),
+          rowsPerTurn_(rowsPerTurn<T, Out>(size, channels, int(kernel.size()))),
           kernel_(std::move(kernel)),
           rowSamples_((size.width * channels + 31) / 32 * 32 + 32),
           ringRows_(rowsPerTurn_ + taps() - 1),
@@ -70,7 +76,11 @@ public:
     int taps() const { return int(kernel_.size()); }
 
 private:
-    Out* ringRow(int y) { return ring_.data() + size_t(y % ringRows_) * size_t(rowSamples_); }
+    // Rows begin where lines of the cache do.
+    Out* ringRow(int y) {
+        const size_t first = -reinterpret_cast<uintptr_t>(ring_.data()) % 64 / sizeof(Out);
+        return ring_.data() + first + size_t(y % ringRows_) * size_t(rowSamples_);
+    }
 
     QelSize size_;
     int rowsPerTurn_;

@@ -25,14 +25,6 @@ requires(hwy::IsFloat<hn::TFromD<D>>()) HWY_INLINE hn::Vec<D> loadSamples(D d, c
     return hn::ConvertTo(d, hn::PromoteTo(hn::RebindToSigned<D>(), hn::LoadU(d16, p)));
 }
 
-// Asks for what the next steps along a row will load or store. A block of rows is more streams than processors follow
-// unasked. Nothing is touched, also beyond the row's end.
-template <class T>
-HWY_INLINE void prefetchAhead(const T* p) {
-    constexpr int kBytesAhead = 1024;
-    hwy::Prefetch(reinterpret_cast<const char*>(p) + kBytesAhead);
-}
-
 // Streamed rows go together only where they meet the address of a vector at the same sample.
 template <bool Streaming>
 HWY_INLINE bool goTogether(int dstStep) {
@@ -156,7 +148,6 @@ HWY_INLINE void sumOneRow(D d, const Src* const* pRowSrc, size_t x, const K* tap
 // stays in a register. Needs four taps.
 template <class D, class Src, class K, class Emit>
 HWY_INLINE void sumFourRows(D d, const Src* const* pRowSrc, size_t x, const K* taps, int count, const Emit& emit) {
-    for (int i = count - 1; i < count + 3; ++i) prefetchAhead(pRowSrc[i] + x);
     auto k0 = hn::Set(d, taps[0]);
     auto r = loadSamples(d, pRowSrc[0] + x);
     auto sum0 = hn::Mul(r, k0);

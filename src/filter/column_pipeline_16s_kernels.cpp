@@ -43,7 +43,6 @@ template <class T, class V>
 HWY_INLINE void storeRounded(V sum, T* p) {
     const hn::DFromV<V> d;
     const hn::Rebind<T, decltype(d)> dT;
-    prefetchAhead(p);
     hn::StoreU(hn::DemoteTo(dT, nearestBelowOverflow(hn::Min(sum, hn::Set(d, 32767.0F)))), dT, p);
 }
 
@@ -137,7 +136,6 @@ HWY_INLINE void exactThreeTapRows(const Qel16s* const* pRowSrc, T* pDst, int dst
         const auto op = [=](auto d, size_t x) HWY_ATTR {
             rows.filter(d, x, ExactThreeTaps{k}, [=](int i, auto sum) HWY_ATTR {
                 T* const p = row(out, dstStep, i) + x;
-                prefetchAhead(p);
                 if constexpr (sizeof(T) == 1) {
                     const hn::Rebind<T, decltype(d)> dT;
                     hn::StoreU(hn::DemoteTo(dT, sum), dT, p);

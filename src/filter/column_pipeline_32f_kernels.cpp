@@ -8,23 +8,14 @@ namespace qel {
 namespace HWY_NAMESPACE {
 namespace {
 
-// Stores a vector. What bypasses the cache is not to be fetched into it first.
-template <bool Streaming, class D, class Store, class V = hn::Vec<D>>
-HWY_INLINE void storeInto(Store store, V sum, D d, Qel32f* p) {
-    if constexpr (!Streaming) prefetchAhead(p);
-    store(sum, d, p);
-}
-
 template <int kTaps, bool Streaming, class Formula>
 HWY_INLINE void tapRows(const Qel32f* const* pRowSrc, Qel32f* pDst, int dstStep, QelSize size, Formula formula) {
     forSourceRows<kTaps>(pRowSrc, size.height, goTogether<Streaming>(dstStep), [=](int y, const auto& rows) HWY_ATTR {
         Qel32f* const out = row(pDst, dstStep, y);
-        forVectorsInto<Streaming>(out, hn::ScalableTag<Qel32f>(), size_t(size.width),
-                                  [=](auto d, size_t x, auto store) HWY_ATTR {
-                                      rows.filter(d, x, formula, [=](int i, auto sum) HWY_ATTR {
-                                          storeInto<Streaming>(store, sum, d, row(out, dstStep, i) + x);
-                                      });
-                                  });
+        forVectorsInto<Streaming>(
+            out, hn::ScalableTag<Qel32f>(), size_t(size.width), [=](auto d, size_t x, auto store) HWY_ATTR {
+                rows.filter(d, x, formula, [=](int i, auto sum) HWY_ATTR { store(sum, d, row(out, dstStep, i) + x); });
+            });
     });
     finishStores<Streaming>();
 }
@@ -58,18 +49,17 @@ void floatColumnsX(const Qel32f* const* pRowSrc, Qel32f* pDst, int dstStep, QelS
             Qel32f* const out = row(pDst, dstStep, y);
             forVectorsInto<Streaming>(
                 out, hn::ScalableTag<Qel32f>(), size_t(size.width), [=](auto d, size_t x, auto store) HWY_ATTR {
-                    sumFourRows(d, pRowSrc + y, x, pKernel, kernelSize, [=](int i, auto sum) HWY_ATTR {
-                        storeInto<Streaming>(store, sum, d, row(out, dstStep, i) + x);
-                    });
+                    sumFourRows(d, pRowSrc + y, x, pKernel, kernelSize,
+                                [=](int i, auto sum) HWY_ATTR { store(sum, d, row(out, dstStep, i) + x); });
                 });
         },
         [=](int y) HWY_ATTR {
             Qel32f* const out = row(pDst, dstStep, y);
-            forVectorsInto<Streaming>(
-                out, hn::ScalableTag<Qel32f>(), size_t(size.width), [=](auto d, size_t x, auto store) HWY_ATTR {
-                    sumOneRow(d, pRowSrc + y, x, pKernel, kernelSize,
-                              [=](int, auto sum) HWY_ATTR { storeInto<Streaming>(store, sum, d, out + x); });
-                });
+            forVectorsInto<Streaming>(out, hn::ScalableTag<Qel32f>(), size_t(size.width),
+                                      [=](auto d, size_t x, auto store) HWY_ATTR {
+                                          sumOneRow(d, pRowSrc + y, x, pKernel, kernelSize,
+                                                    [=](int, auto sum) HWY_ATTR { store(sum, d, out + x); });
+                                      });
         });
     finishStores<Streaming>();
 }

@@ -65,9 +65,16 @@ void gaussKernel(Qel32f* pKernel, int kernelSize, Qel32f sigma) {
 // A single row or column has nothing to mirror or to repeat but itself.
 int modeAlong(int length, int mode) { return length == 1 && mode != qelBorderConst ? qelBorderRepl : mode; }
 
-// Rows that are filtered across before as many are filtered down: enough for the column pipeline's stores to bypass the
-// cache, few enough for the rows to be found in the second cache.
-int rowsPerTurn(int width) { return 0x20000 / width + 1; }
+// Rows that are filtered across before as many are filtered down: so few that they, their source and their result stay
+// in the nearest cache, if it holds four, which the column pipeline forms together; else so many that its stores bypass
+// the cache, and the second cache holds the rows.
+int rowsPerTurn(int width, int kernelSize) {
+    constexpr int64_t kNearestCache = 0xC000;
+    constexpr int kBypassing = 0x20000;
+    for (const int rows : {8, 4})
+        if (int64_t{width} * int64_t{sizeof(Qel32f)} * (3 * rows + kernelSize - 1) <= kNearestCache) return rows;
+    return kBypassing / width + 1;
+}
 
 // Filtered rows that are kept at a time: those of a turn and all that meet them. Every row is kept where borders repeat
 // the far end of the image, where there are hardly more rows than taps, and where the row pipeline uses several
@@ -75,7 +82,7 @@ int rowsPerTurn(int width) { return 0x20000 / width + 1; }
 int rowsKept(QelSize roiSize, int kernelSize, int mode, int rows) {
     const bool wraps = mode == qelBorderWrap || roiSize.height <= kernelSize;
     const bool parallel = ownGetNumThreads() > 1 && reachesPerThread(roiSize, 15) && runsepomp(kernelSize) != 0;
-    return wraps || parallel ? rows : std::min(rows, rowsPerTurn(roiSize.width) + kernelSize - 1);
+    return wraps || parallel ? rows : std::min(rows, rowsPerTurn(roiSize.width, kernelSize) + kernelSize - 1);
 }
 
 }  // namespace
