@@ -1,6 +1,7 @@
 #include "stats/mean_kernels.h"
 
 #include <cstring>
+#include <type_traits>
 
 #include "frame/image.h"
 
@@ -17,37 +18,37 @@ namespace qel {
 namespace HWY_NAMESPACE {
 namespace {
 
-using D64 = hn::ScalableTag<uint64_t>;
-using V64 = hn::Vec<D64>;
-
-using D32 = hn::Repartition<int32_t, D64>;
-using V32 = hn::Vec<D32>;
-
 // 64-bit sums of unsigned 32-bit numbers. The two accumulators do not wait for each other.
+template <class D64>
 struct WideSum {
-    V64 low, high;
+    hn::Vec<D64> low, high;
 
     HWY_INLINE WideSum() : low(hn::Zero(D64())), high(low) {}
+    template <class V32>
     HWY_INLINE void add(V32 x) {
-        const V64 pairs = hn::BitCast(D64(), x);
+        const auto pairs = hn::BitCast(D64(), x);
         low = hn::Add(low, hn::And(pairs, hn::Set(D64(), 0xFFFFFFFF)));
         high = hn::Add(high, hn::ShiftRight<32>(pairs));
     }
-    HWY_INLINE V64 get() const { return hn::Add(low, high); }
+    HWY_INLINE hn::Vec<D64> get() const { return hn::Add(low, high); }
 };
 
-HWY_INLINE int64_t addLanes(V64 v) { return static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(D64(), v))); }
+template <class V>
+HWY_INLINE int64_t addLanes(V v) {
+    return static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(hn::DFromV<V>(), v)));
+}
 
 // Vectors that are added between two calls of endChunk(), at most. The mask's bytes are still near when it ends.
 constexpr size_t kChunkVectors = 128;
 
 // 8u, and 8s with its sign bit flipped.
-template <bool kSquares, int kSampleBias>
+template <class D, bool kSquares, int kSampleBias>
 class ByteSums {
-public:
-    using Sample = uint8_t;
-    using D = hn::ScalableTag<uint8_t>;
+    using D64 = hn::Repartition<uint64_t, D>;
+    using D32 = hn::Repartition<int32_t, D>;
     using V = hn::Vec<D>;
+
+public:
     static constexpr int64_t kBias = kSampleBias;
 
     HWY_INLINE ByteSums() : sum_(hn::Zero(D64())), even_(hn::Zero(D32())), odd_(even_), unused_(even_) {}
@@ -78,18 +79,20 @@ public:
     int64_t squares() const { return addLanes(squares_.get()); }
 
 private:
-    V64 sum_;
-    WideSum squares_;
-    V32 even_, odd_, unused_;  // sums of squares of the chunk
+    hn::Vec<D64> sum_;
+    WideSum<D64> squares_;
+    hn::Vec<D32> even_, odd_, unused_;  // sums of squares of the chunk
 };
 
 // 16u as signed words.
-template <bool kSquares>
+template <class D, bool kSquares>
 class WordSums {
-public:
-    using Sample = uint16_t;
-    using D = hn::ScalableTag<uint16_t>;
+    using D64 = hn::Repartition<uint64_t, D>;
+    using D32 = hn::Repartition<int32_t, D>;
     using V = hn::Vec<D>;
+    using V32 = hn::Vec<D32>;
+
+public:
     static constexpr int64_t kBias = 0x8000;
 
     HWY_INLINE WordSums() : sum_(hn::Zero(D64())), older_(hn::Zero(D32())), newer_(older_), unused_(older_) {}
@@ -121,19 +124,18 @@ public:
     int64_t squares() const { return addLanes(squares_.get()); }
 
 private:
-    V64 sum_;
-    WideSum squares_;
+    hn::Vec<D64> sum_;
+    WideSum<D64> squares_;
     V32 older_, newer_;  // sums of the chunk, which take turns: one need not wait for the other
     V32 unused_;
 };
 
 // A vector of biased samples, zero where the mask is.
-template <class Total, int kChannels, bool kMasked>
+template <class D, class Total, int kChannels, bool kMasked>
 class Loader {
 public:
-    using D = typename Total::D;
     using V = hn::Vec<D>;
-    using Sample = typename Total::Sample;
+    using Sample = hn::TFromD<D>;
 
     explicit Loader(int coi) : pick_(coi) {}
 
@@ -153,10 +155,9 @@ private:
     ChannelPicker<D> pick_;
 };
 
-template <class Total, int kChannels, bool kMasked>
+template <class D, class Total, int kChannels, bool kMasked>
 class RowAdder {
-    using Sample = typename Total::Sample;
-    using D = typename Total::D;
+    using Sample = hn::TFromD<D>;
 
 public:
     RowAdder(QelSize size, int coi) : load_(coi), prefetch_(size) {}
@@ -196,26 +197,18 @@ public:
     PixelCount pixels;
 
 private:
-    const Loader<Total, kChannels, kMasked> load_;
+    const Loader<D, Total, kChannels, kMasked> load_;
     const Prefetcher<1, kChannels * sizeof(Sample)> prefetch_;
 };
 
-// Adds the sums of a band in which no 64-bit integer can overflow.
-template <class T, class Total, int kChannels, bool kMasked>
-HWY_INLINE void addBand(const Samples<T>& samples, Sums* pSums) {
-    using Sample = typename Total::Sample;
-    size_t width = static_cast<size_t>(samples.roiSize.width);
-    int rows = samples.roiSize.height;
-    const bool packed = static_cast<size_t>(samples.srcStep) == width * kChannels * sizeof(Sample) &&
-                        (!kMasked || static_cast<size_t>(samples.maskStep) == width);
-    if (packed) {  // one long row
-        width *= static_cast<size_t>(rows);
-        rows = 1;
-    }
-    RowAdder<Total, kChannels, kMasked> adder(samples.roiSize, samples.coi);
+// Adds the sums of `rows` rows, in which no 64-bit integer can overflow.
+template <class D, class Family, int kChannels, bool kMasked, class T>
+HWY_INLINE void addRows(const Samples<T>& samples, size_t width, int rows, Sums* pSums) {
+    using Total = typename Family::template Total<D>;
+    RowAdder<D, Total, kChannels, kMasked> adder(samples.roiSize, samples.coi);
     for (int y = 0; y < rows; ++y) {
         const Qel8u* mask = kMasked ? row(samples.pMask, samples.maskStep, y) : nullptr;
-        adder.addRow(reinterpret_cast<const Sample*>(row(samples.pSrc, samples.srcStep, y)), mask, width);
+        adder.addRow(reinterpret_cast<const hn::TFromD<D>*>(row(samples.pSrc, samples.srcStep, y)), mask, width);
     }
     constexpr int64_t b = Total::kBias;
     const int64_t count = kMasked ? adder.pixels.get() : static_cast<int64_t>(width) * rows;
@@ -225,7 +218,28 @@ HWY_INLINE void addBand(const Samples<T>& samples, Sums* pSums) {
     pSums->count += count;
 }
 
-template <class T, class Total, int kChannels, bool kMasked>
+// As addRows for a band, by vectors that its rows fill.
+template <class T, class Family, int kChannels, bool kMasked>
+HWY_INLINE void addBand(const Samples<T>& samples, Sums* pSums) {
+    using Sample = std::make_unsigned_t<T>;
+    using Wide = hn::ScalableTag<Sample>;
+    using Narrow = hn::CappedTag<Sample, 16 / sizeof(Sample)>;
+    size_t width = static_cast<size_t>(samples.roiSize.width);
+    int rows = samples.roiSize.height;
+    const bool packed = static_cast<size_t>(samples.srcStep) == width * kChannels * sizeof(Sample) &&
+                        (!kMasked || static_cast<size_t>(samples.maskStep) == width);
+    if (packed) {  // one long row
+        width *= static_cast<size_t>(rows);
+        rows = 1;
+    }
+    if (width < hn::Lanes(Wide())) {
+        addRows<Narrow, Family, kChannels, kMasked>(samples, width, rows, pSums);
+    } else {
+        addRows<Wide, Family, kChannels, kMasked>(samples, width, rows, pSums);
+    }
+}
+
+template <class T, class Family, int kChannels, bool kMasked>
 void sumRows(const Samples<T>& samples, Sums* pSums) {
     constexpr int64_t kBandPixels = int64_t{1} << 31;  // times the largest square, 2 to the 32: fits an int64_t
     const QelSize roi = samples.roiSize;
@@ -233,14 +247,25 @@ void sumRows(const Samples<T>& samples, Sums* pSums) {
     *pSums = Sums();
     for (int y = 0, rows; y < roi.height; y += rows) {
         rows = HWY_MIN(bandRows, roi.height - y);
-        addBand<T, Total, kChannels, kMasked>(samples.rows(y, rows), pSums);
+        addBand<T, Family, kChannels, kMasked>(samples.rows(y, rows), pSums);
     }
 }
 
 template <bool kSquares>
-using Sums8u = ByteSums<kSquares, 0>;
+struct Sums8u {
+    template <class D>
+    using Total = ByteSums<D, kSquares, 0>;
+};
 template <bool kSquares>
-using Sums8s = ByteSums<kSquares, -128>;
+struct Sums8s {
+    template <class D>
+    using Total = ByteSums<D, kSquares, -128>;
+};
+template <bool kSquares>
+struct Sums16u {
+    template <class D>
+    using Total = WordSums<D, kSquares>;
+};
 
 }  // namespace
 
@@ -258,12 +283,12 @@ constexpr auto& ownSumSq_8s_C3CR_W7 = sumRows<Qel8s, Sums8s<true>, 3, false>;
 constexpr auto& ownSumSq_8s_C1MR_W7 = sumRows<Qel8s, Sums8s<true>, 1, true>;
 constexpr auto& ownSumSq_8s_C3CMR_W7 = sumRows<Qel8s, Sums8s<true>, 3, true>;
 
-constexpr auto& ownSum_16u_C1MR_W7 = sumRows<Qel16u, WordSums<false>, 1, true>;
-constexpr auto& ownSum_16u_C3CMR_W7 = sumRows<Qel16u, WordSums<false>, 3, true>;
-constexpr auto& ownSumSq_16u_C1R_W7 = sumRows<Qel16u, WordSums<true>, 1, false>;
-constexpr auto& ownSumSq_16u_C3CR_W7 = sumRows<Qel16u, WordSums<true>, 3, false>;
-constexpr auto& ownSumSq_16u_C1MR_W7 = sumRows<Qel16u, WordSums<true>, 1, true>;
-constexpr auto& ownSumSq_16u_C3CMR_W7 = sumRows<Qel16u, WordSums<true>, 3, true>;
+constexpr auto& ownSum_16u_C1MR_W7 = sumRows<Qel16u, Sums16u<false>, 1, true>;
+constexpr auto& ownSum_16u_C3CMR_W7 = sumRows<Qel16u, Sums16u<false>, 3, true>;
+constexpr auto& ownSumSq_16u_C1R_W7 = sumRows<Qel16u, Sums16u<true>, 1, false>;
+constexpr auto& ownSumSq_16u_C3CR_W7 = sumRows<Qel16u, Sums16u<true>, 3, false>;
+constexpr auto& ownSumSq_16u_C1MR_W7 = sumRows<Qel16u, Sums16u<true>, 1, true>;
+constexpr auto& ownSumSq_16u_C3CMR_W7 = sumRows<Qel16u, Sums16u<true>, 3, true>;
 
 }  // namespace HWY_NAMESPACE
 }  // namespace qel
