@@ -116,7 +116,11 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     const int turnRows = rowsPerTurn(int64_t{size.width} * int64_t{sizeof(Src) + sizeof(Dst)},
                                      int64_t{layout.stride} * int64_t{sizeof(Mid)}, taps);
     const int rowsInUse = turnRows + taps - 1;
-    for (int i = taps; i < pointerCount(taps); ++i) pointers[i] = layout.ringRow((i - taps) % rowsInUse);
+    const int pointersInUse = std::min(pointerCount(taps), taps + size.height);
+    for (int i = taps, next = 0; i < pointersInUse; ++i) {
+        pointers[i] = layout.ringRow(next);
+        if (++next == rowsInUse) next = 0;
+    }
     for (int i = 1; i <= reach; ++i)
         pointers[taps - i] = borderRow(-i, borderMode & kRowsAboveInMemory, pointers[taps]);
 

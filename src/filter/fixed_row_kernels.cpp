@@ -71,6 +71,17 @@ private:
     int index_[kSamples];
 };
 
+// As forOverlapping by single vectors, halved until the results fill one.
+template <class D, class Op>
+HWY_INLINE void forFew(D d, const hn::TFromD<D>* out, size_t count, const Op& op) {
+    if constexpr (hn::MaxLanes(d) > 4) {
+        forOverlapping(Vectors<1>(), d, out, count, op,
+                       [&]() HWY_ATTR { forFew(hn::Half<decltype(d)>(), out, count, op); });
+    } else {
+        forVectors(d, count, [&](auto part, size_t x) HWY_ATTR { op(part, x, Vectors<1>()); });
+    }
+}
+
 // How far ahead the source is asked for: about a turn on long rows.
 constexpr int kBytesAhead = 4096;
 
@@ -91,9 +102,8 @@ HWY_INLINE void filterInterior(const Src* p, Mid* out, size_t count, int second)
         filterAt<Formula>(vectors, d, Loaded<D, Src>{p + x}, out + x, second);
     };
     const hn::ScalableTag<Mid> d;
-    forOverlapping(Vectors<kVectors>(), d, out, count, op, [&]() HWY_ATTR {
-        forVectors(d, count, [&](auto part, size_t x) HWY_ATTR { op(part, x, Vectors<1>()); });
-    });
+    forOverlapping(Vectors<kVectors>(), d, out, count, op,
+                   [&]() HWY_ATTR { forFew(hn::Half<decltype(d)>(), out, count, op); });
 }
 
 template <class Formula, class Src, class Mid>
