@@ -60,15 +60,20 @@ HWY_INLINE void columnRows(const Mid* const* pRows, Dst* out, int dstStep, int w
         });
 }
 
-// All rows of results, as far as rows have full groups of samples: as many at once as there are, so that a sample is
-// loaded once for several of them.
+// Rows that are formed at once share what is loaded. Their addresses need registers, of which 32-bit programs have few:
+// there, that pays on short rows only.
+HWY_INLINE bool rowsShareLoads(int width) { return sizeof(void*) == 8 || width < 128; }
+
+// All rows of results, as far as rows have full groups of samples.
 template <int kTaps, size_t kGroup, bool kAhead, class Mid, class Dst, class Op>
 HWY_INLINE void allColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
     int y = 0;
-    for (; y + 4 <= size.height; y += 4)
-        columnRows<kTaps, 4, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
-    for (; y + 2 <= size.height; y += 2)
-        columnRows<kTaps, 2, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+    if (rowsShareLoads(size.width)) {
+        for (; y + 4 <= size.height; y += 4)
+            columnRows<kTaps, 4, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+        for (; y + 2 <= size.height; y += 2)
+            columnRows<kTaps, 2, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+    }
     for (; y < size.height; ++y)
         columnRows<kTaps, 1, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
 }
