@@ -9,24 +9,27 @@
 #include "frame/threads.h"
 
 namespace qel {
-// The engine's pieces of the scratch.
+// The engine's pieces of the scratch. There is room for a ring of ringRows() rows, of which few may be in use.
 template <class Mid>
-struct ConvolutionScratch {
-    ConvolutionScratch(void* pScratch, int width, int taps, bool doubleRows)
-        : stride(intermediateStride(width) * (doubleRows ? 2 : 1)) {
-        Carver carver(pScratch, 32);
-        pointers = carver.take<Mid*>(pointerCount(taps));
-        borderRows = carver.take<Mid>(int64_t{stride} * taps);
-        ring = borderRows + int64_t{stride} * taps;
-    }
+class ConvolutionScratch {
+public:
+    ConvolutionScratch(void* pScratch, int rowSamples, int taps, int rowsInUse)
+        : taps_(taps),
+          room_(int64_t{rowSamples} * (taps + ringRows(taps))),
+          carver_(pScratch, 32),
+          rows_(carver_.take<Mid>(room_), room_, rowSamples, taps + rowsInUse),
+          pointers_(carver_.take<Mid*>(pointerCount(taps))) {}
 
-    Mid* borderRow(int i) const { return borderRows + int64_t{stride} * i; }
-    Mid* ringRow(int i) const { return ring + int64_t{stride} * i; }
+    Mid* borderRow(int i) const { return rows_[i]; }
+    Mid* ringRow(int i) const { return rows_[taps_ + i]; }
+    Mid** pointers() const { return pointers_; }
 
-    int stride;
-    Mid** pointers;
-    Mid* borderRows;
-    Mid* ring;
+private:
+    int taps_;
+    int64_t room_;
+    Carver carver_;
+    ScratchRows<Mid> rows_;
+    Mid** pointers_;
 };
 
 namespace {
@@ -84,8 +87,12 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     const int taps = kRowKernels[pass.row].taps;
     const int reach = taps / 2;
     const int mode = borderMode & kBorderModeMask;
-    const ConvolutionScratch<Mid> layout(pScratch, size.width, taps, pass.row == kRowLaplacian3);
-    Mid** const pointers = layout.pointers;
+    const int rowSamples = intermediateStride(size.width) * (pass.row == kRowLaplacian3 ? 2 : 1);
+    const int turnRows = rowsPerTurn(int64_t{size.width} * int64_t{sizeof(Src) + sizeof(Dst)},
+                                     int64_t{rowSamples} * int64_t{sizeof(Mid)}, taps);
+    const int rowsInUse = turnRows + taps - 1;
+    const ConvolutionScratch<Mid> layout(pScratch, rowSamples, taps, rowsInUse);
+    Mid** const pointers = layout.pointers();
 
     const Access access = accessTo<Src, Dst>(size);
     FixedRowKernel<Src, Mid>* const rowStage = pass.rows;
@@ -105,7 +112,7 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
         if (inMemory) {
             filterRows(row(pSrc, srcStep, y), &filtered, 1);
         } else if (mode == qelBorderConst) {
-            std::fill_n(filtered, layout.stride, filteredConstant<Mid>(kRowKernels[pass.row].sum, borderValue));
+            std::fill_n(filtered, rowSamples, filteredConstant<Mid>(kRowKernels[pass.row].sum, borderValue));
         } else {
             filterRows(row(image.pSrc, srcStep, extendedIndex(mode, image.y + y, image.height)), &filtered, 1);
         }
@@ -113,9 +120,6 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     };
 
     // The upper border stands ahead of the ring, and the ring twice in the array: any run of rows is a run of pointers.
-    const int turnRows = rowsPerTurn(int64_t{size.width} * int64_t{sizeof(Src) + sizeof(Dst)},
-                                     int64_t{layout.stride} * int64_t{sizeof(Mid)}, taps);
-    const int rowsInUse = turnRows + taps - 1;
     const int pointersInUse = std::min(pointerCount(taps), taps + size.height);
     for (int i = taps, next = 0; i < pointersInUse; ++i) {
         pointers[i] = layout.ringRow(next);

@@ -113,7 +113,8 @@ qelStatus qeliFilterGaussBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f*
     const int last = roiSize.height + (borderMode & kRowsBelowInMemory ? reach : 0);
     const int kept = rowsKept(roiSize, kernelSize, mode, last - first);
     Qel32f** const list = scratch.rows + reach;
-    for (int y = first; y < last; ++y) list[y] = scratch.image + std::ptrdiff_t{scratch.stride} * ((y - first) % kept);
+    const ScratchRows<Qel32f> filtered(scratch.image, int64_t{scratch.stride} * scratch.rowCount, scratch.stride, kept);
+    for (int y = first; y < last; ++y) list[y] = filtered[(y - first) % kept];
     const auto standIn = [&](int y) {
         const int index = extendedIndex(modeAlong(roiSize.height, mode), y, roiSize.height);
         return index == kConstantSample ? scratch.constantLine : list[index];

@@ -69,6 +69,27 @@ private:
     int64_t bytes_ = 0;
 };
 
+// Rows of `samples` samples in a piece of scratch that has room for `room` samples: each begins where a line of the
+// cache does, if there is room enough, else where the one before ends.
+template <class T>
+class ScratchRows {
+public:
+    ScratchRows(T* piece, int64_t room, int samples, int count) : first_(piece), pitch_(samples) {
+        constexpr int kLine = 64;
+        T* const first = reinterpret_cast<T*>(alignUp(piece, size_t{kLine}));
+        const int64_t pitch = alignUp(samples * int64_t{sizeof(T)}, kLine) / int64_t{sizeof(T)};
+        if (first - piece + pitch * count > room) return;
+        first_ = first;
+        pitch_ = pitch;
+    }
+
+    T* operator[](int i) const { return first_ + static_cast<std::ptrdiff_t>(pitch_ * i); }
+
+private:
+    T* first_;
+    int64_t pitch_;
+};
+
 // Ends a size query. A size that the caller's int cannot hold is an error rather than a number that wraps.
 inline qelStatus writeBufferSize(int64_t bytes, int* pBufferSize) {
     if (bytes > INT_MAX) return qelStatusOverflow;

@@ -117,13 +117,15 @@ TEST_P(FilterGauss, ThreadsAgree) {
     }
 }
 
-// More rows than are kept at a time, by few and by many, also where the last turn is short.
+// More rows than are kept at a time, by few and by many, also where the last turn is short: turns of 33 rows, of 8 and
+// of 4.
 TEST_P(FilterGauss, ImagesOfManyTurns) {
     uint32_t seed = 0;
-    for (const int height : {34, 47, 48, 49, 100, 131}) {
+    for (const QelSize size : {QelSize{4000, 34}, QelSize{4000, 47}, QelSize{4000, 48}, QelSize{4000, 49},
+                               QelSize{4000, 100}, QelSize{4000, 131}, QelSize{300, 61}, QelSize{800, 45}}) {
         for (const int kernelSize : {3, 15}) {
             for (int mode = 0; mode < 5; ++mode) {
-                kit::Trial trial(++seed, {4000, height}, 1);
+                kit::Trial trial(++seed, size, 1);
                 trial.setContent(kit::Content::kRandom);
                 const int flags = static_cast<int>(seed % 4) << 4;
                 ASSERT_NO_FATAL_FAILURE(agrees(trial, kernelSize, 2, mode | flags));

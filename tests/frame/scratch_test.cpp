@@ -72,6 +72,17 @@ TEST(Carver, AlignsUpwards) {
     EXPECT_EQ(int64_t{1} << 33, alignUp((int64_t{1} << 33) - 1, 32));
 }
 
+TEST(ScratchRows, BeginWithLinesWhereThereIsRoom) {
+    alignas(64) Qel32f block[16 + 5 * 32];
+    Qel32f* const piece = block + 4;  // 12 samples ahead of a line
+    const ScratchRows<Qel32f> lines(piece, 12 + 5 * 32, 17, 5);
+    const ScratchRows<Qel32f> packed(piece, 12 + 5 * 32 - 1, 17, 5);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(block + 16 + 32 * i, lines[i]) << i;
+        EXPECT_EQ(piece + 17 * i, packed[i]) << i;
+    }
+}
+
 TEST(BufferSize, DoesNotWrap) {
     int size = -1;
     EXPECT_EQ(qelStatusOk, writeBufferSize(INT_MAX, &size));
