@@ -88,7 +88,7 @@ constexpr int kBytesAhead = 4096;
 // Results whose samples are the `count` ones from p on and the taps' reach behind them.
 template <class Formula, bool kAhead, class Src, class Mid>
 HWY_INLINE void filterInterior(const Src* p, Mid* out, size_t count, int second) {
-    constexpr size_t kVectors = kJoins && sizeof(Src) == sizeof(Qel32f) ? 2 : 1;
+    constexpr size_t kVectors = sizeof(Src) == sizeof(Qel32f) ? 2 : 1;
     [[maybe_unused]] const size_t samples = count + Formula::kTaps - 1;
     const auto op = [=](auto d, size_t x, auto vectors) QEL_INLINE_LAMBDA {
         using D = decltype(d);
