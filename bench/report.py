@@ -14,7 +14,8 @@ vectorises it, and at `-O2`: the figure is how many times as long as ours it tak
 nearest function, on as many threads as ours. *of copy* is the rate at which ours moves the bytes of its images,
 relative to `memcpy` of as many bytes in the same run; *of read*, for functions that write no image, relative to a
 vector sum. Columns of sizes but 16×16 are in ns per pixel (or element) on one thread; *threads*, where it was
-measured, is the speed-up at 1920×1080 by all threads of the machine.
+measured, is the speed-up at 1920×1080 by all threads of the machine. Each turn repeats the call, for at least 1 ms and
+on large images 5 ms, after one that does not count: every function finds its images where its own calls leave them.
 """
 
 BOUNDS = """\
@@ -26,13 +27,14 @@ Found on the machine of the tables below, with AVX-512 at 4.1 GHz; ns are per pi
 - **Pairs of pipelines, 8u16s.** Conversions and stores up to 3 taps (rows 0.04 ns, columns 0.025 ns in the nearest
   cache), from 5 taps on multiplications. C3 at 1920×1080 moves 19 MB, and each line of the result twice, since no store
   of 16s bypasses the cache.
-- **Pairs of pipelines, 32f.** With 3 and 5 taps both halves take 0.08 and 0.1 ns in the nearest cache; the rest, about
-  half of the time at 640×480, is the way to the third cache. With 9 and 15 taps it is arithmetic: a product and a sum
-  for each tap in either half, without fusing, and a shuffle for each tap along rows. At four of these a cycle, 16 samples
-  take 6.5 and 11 cycles across and 4.5 and 7.5 down; measured are 8 and 13, and 6.5 and 10. C3 of 3 taps at 1920×1080 is
-  memory: a plain copy is 2.3 times as fast as OpenCV's filter there.
-- **Fixed kernels.** 3×3 runs at the speed of the caches: 32f at 60 % of copy at 640×480. The results are read into the
-  cache before they are written, so two thirds are the most. 8u8s is bound by its conversions to 32f and back.
+- **Pairs of pipelines, 32f.** Three and five taps: the calls (40 ns for both halves, each four rows) and the way to the
+  third cache. Nine and more: arithmetic, a product and a sum for each tap in either half, without fusing, and a shuffle
+  for each tap along rows. At four of these a cycle, 16 samples of 9 and 15 taps take 6.5 and 11 cycles across and 4.5
+  and 7.5 down. C3 at 1920×1080 moves 50 MB: a plain copy is 2.3 times as fast as OpenCV's filter of 3 taps there.
+- **Fixed kernels.** The caches: a turn of the engine takes as many rows as stay in the nearest cache, and 3×3 32f then
+  moves its images at 70 % of the rate of copying at 640×480; the results are read into the cache before they are
+  written, so little more is possible. At a width of 1920, rows of 32f are so long that only one goes through the ring
+  at a time, and with 5×5 kernels the ring itself comes from the second cache.
 - **Means and deviations of 32f.** `qeliMean_32f_C1MR` adds in a fixed order in four chains, 0.48 ns per addition: at
   64×64 all of its time, as in the unmasked deviations. `qeliMean_32f_C3CMR` is a single chain, avoided where no
   addition can round; then it runs at the rate of reading.

@@ -50,13 +50,15 @@ constexpr RowKernelFacts kRowKernels[] = {facts(kerDx_3),  facts(kerScharr_3), f
                                           facts(kerAvr_3), facts(kerAvr_5),    facts(kerLap_3)};
 
 // Rows of results that one turn gives: a strip or, where rows are long, a part of one. So few that what a turn reads
-// and writes stays in the nearest cache: as many rows of the source and of the result, and the rows of the ring.
+// and writes stays in the nearest cache: as many rows of the source and of the result, and the rows of the ring. Where
+// that does not hold even one, as many as the column stage forms at once, for them to share what they load.
 constexpr int kStripRows = 16;
-constexpr int64_t kNearestCache = 0x8000;
+constexpr int kRowsAtOnce = 4;
+constexpr int64_t kNearestCache = 0xA000;
 int rowsPerTurn(int64_t imageRowBytes, int64_t ringRowBytes, int taps) {
-    int rows = kStripRows;
-    while (rows > 1 && rows * imageRowBytes + (rows + taps - 1) * ringRowBytes > kNearestCache) rows /= 2;
-    return rows;
+    for (int rows = kStripRows; rows > 0; rows /= 2)
+        if (rows * imageRowBytes + (rows + taps - 1) * ringRowBytes <= kNearestCache) return rows;
+    return kRowsAtOnce;
 }
 
 template <class Src, class Dst>

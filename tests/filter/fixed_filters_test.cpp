@@ -295,7 +295,8 @@ void allAgree(const Call<S, D>& call, const SizeQuery& query, const Filter<S>& f
             ASSERT_NO_FATAL_FAILURE(agrees(call, query, filter, trial, params(mask)));
         }
         // Rows that are so long that few go through the ring at a time, in a cache, ahead of it, and past it.
-        for (const QelSize size : {QelSize{700, 21}, QelSize{1300, 13}, QelSize{2400, 11}, QelSize{3700, 9}}) {
+        for (const QelSize size :
+             {QelSize{700, 21}, QelSize{1300, 13}, QelSize{2400, 11}, QelSize{3700, 9}, QelSize{7000, 9}}) {
             kit::Trial trial(uint32_t(size.width), size);
             trial.setContent(kit::Content::kRandom);
             const int cacheSizes[] = {1 << 22, 2 * size.width * size.height + 2, 0};
