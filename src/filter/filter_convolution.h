@@ -1,5 +1,5 @@
-// The engine of the filters with fixed kernels: an image runs in strips of 16 rows through a ring of row buffers. The
-// row stage fills the ring, the column stage reads it while it is in the cache.
+// The engine of the filters with fixed kernels: an image runs in strips of 16 rows, or of fewer where rows are long,
+// through a ring of row buffers. The row stage fills the ring, the column stage reads it while it is in the cache.
 #ifndef QELCV_FILTER_FILTER_CONVOLUTION_H_
 #define QELCV_FILTER_FILTER_CONVOLUTION_H_
 
