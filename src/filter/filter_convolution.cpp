@@ -9,29 +9,6 @@
 #include "frame/threads.h"
 
 namespace qel {
-// The engine's pieces of the scratch. There is room for a ring of ringRows() rows, of which few may be in use.
-template <class Mid>
-class ConvolutionScratch {
-public:
-    ConvolutionScratch(void* pScratch, int rowSamples, int taps, int rowsInUse)
-        : taps_(taps),
-          room_(int64_t{rowSamples} * (taps + ringRows(taps))),
-          carver_(pScratch, 32),
-          rows_(carver_.take<Mid>(room_), room_, rowSamples, taps + rowsInUse),
-          pointers_(carver_.take<Mid*>(pointerCount(taps))) {}
-
-    Mid* borderRow(int i) const { return rows_[i]; }
-    Mid* ringRow(int i) const { return rows_[taps_ + i]; }
-    Mid** pointers() const { return pointers_; }
-
-private:
-    int taps_;
-    int64_t room_;
-    Carver carver_;
-    ScratchRows<Mid> rows_;
-    Mid** pointers_;
-};
-
 namespace {
 
 // The kernels along the rows, in the order of RowIndex.
@@ -93,8 +70,12 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     const int turnRows = rowsPerTurn(int64_t{size.width} * int64_t{sizeof(Src) + sizeof(Dst)},
                                      int64_t{rowSamples} * int64_t{sizeof(Mid)}, taps);
     const int rowsInUse = turnRows + taps - 1;
-    const ConvolutionScratch<Mid> layout(pScratch, rowSamples, taps, rowsInUse);
-    Mid** const pointers = layout.pointers();
+
+    // In the scratch: rows for the borders, then those of the ring, which has room for more than are in use; pointers.
+    Carver carver(pScratch, 32);
+    const int64_t room = int64_t{rowSamples} * (taps + ringRows(taps));
+    const ScratchRows<Mid> rows(carver.take<Mid>(room), room, rowSamples, taps + rowsInUse);
+    Mid** const pointers = carver.take<Mid*>(pointerCount(taps));
 
     const Access access = accessTo<Src, Dst>(size);
     FixedRowKernel<Src, Mid>* const rowStage = pass.rows;
@@ -110,7 +91,7 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     int borderRows = 0;
     const auto borderRow = [&](int y, int inMemory, Mid* edgeRow) {
         if (!inMemory && mode == qelBorderRepl) return edgeRow;
-        Mid* const filtered = layout.borderRow(borderRows++);
+        Mid* const filtered = rows[borderRows++];
         if (inMemory) {
             filterRows(row(pSrc, srcStep, y), &filtered, 1);
         } else if (mode == qelBorderConst) {
@@ -124,7 +105,7 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     // The upper border stands ahead of the ring, and the ring twice in the array: any run of rows is a run of pointers.
     const int pointersInUse = std::min(pointerCount(taps), taps + size.height);
     for (int i = taps, next = 0; i < pointersInUse; ++i) {
-        pointers[i] = layout.ringRow(next);
+        pointers[i] = rows[taps + next];
         if (++next == rowsInUse) next = 0;
     }
     for (int i = 1; i <= reach; ++i)

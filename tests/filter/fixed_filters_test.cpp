@@ -373,6 +373,25 @@ TEST_P(FixedFilters, EverySmallSize) {
     }
 }
 
+// Turns of 1, 2 and 4 rows, so many of them that the pointers to the ring wrap, at every place in the array.
+TEST_P(FixedFilters, ManyTurns) {
+    const auto call8u = callOf(qeliFilterSobelVertBorder_8u16s_C1R);
+    const auto call32f = callOf(qeliFilterSobelVertBorder_32f_C1R);
+    for (const int mask : {33, 55}) {
+        for (int height = 34; height <= 46; ++height) {
+            const Params p = {mask, height % 5, 1};
+            for (const int width : {700, 1300}) {
+                kit::Trial trial(uint32_t(height), {width, height});
+                ASSERT_NO_FATAL_FAILURE(
+                    agrees(call32f, queryOf(qeliFilterSobelVertGetBufferSize_32f_C1R), vertF, trial, p));
+            }
+            kit::Trial trial(uint32_t(height), {2340, height});
+            ASSERT_NO_FATAL_FAILURE(
+                agrees(call8u, queryOf(qeliFilterSobelVertGetBufferSize_8u16s_C1R), vert, trial, p));
+        }
+    }
+}
+
 TEST_P(FixedFilters, AveragesOfConstants) {
     for (const int mask : {33, 55}) {
         for (const int value : {0, 1, 128, 255}) {
