@@ -171,22 +171,41 @@ HWY_INLINE void sumsAt(Vectors<n> vectors, D d, const Qel32f* src, [[maybe_unuse
 // Results whose samples all lie in the row.
 template <class Order, int kChannels, bool kStreaming>
 HWY_INLINE void interiorResults(const Qel32f* src, const Kernel32f<Order::kTaps>& k, Qel32f* out, size_t count) {
+    const hn::ScalableTag<Qel32f> d;
     const size_t samples = count + size_t(k.size() - 1) * kChannels;
-    const auto op = [&]<size_t n>(auto d, size_t x, Vectors<n> vectors, auto store) QEL_INLINE_LAMBDA {
-        hn::Vec<decltype(d)> sums[n];
-        sumsAt<Order, kChannels>(vectors, d, src + x, samples - x, k, sums);
-        forEachVector(vectors, [&](size_t v) HWY_ATTR { store(sums[v], d, out + x + v * hn::Lanes(d)); });
+    const auto storeAll = [out]<size_t n>(auto dx, const auto& sums, size_t x, Vectors<n> vectors,
+                                          auto store) QEL_INLINE_LAMBDA {
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { store(sums[v], dx, out + x + v * hn::Lanes(dx)); });
+    };
+    const auto op = [&]<size_t n>(auto dx, size_t x, Vectors<n> vectors, auto store) QEL_INLINE_LAMBDA {
+        hn::Vec<decltype(dx)> sums[n];
+        sumsAt<Order, kChannels>(vectors, dx, src + x, samples - x, k, sums);
+        storeAll(dx, sums, x, vectors, store);
     };
     if constexpr (kStreaming) {
-        forVectorsInto<true>(out, hn::ScalableTag<Qel32f>(), count,
-                             [&](auto d, size_t x, auto store) HWY_ATTR { op(d, x, Vectors<1>(), store); });
+        forVectorsInto<true>(out, d, count,
+                             [&](auto dx, size_t x, auto store) HWY_ATTR { op(dx, x, Vectors<1>(), store); });
     } else {
-        const auto cached = [&](auto d, size_t x, auto vectors) QEL_INLINE_LAMBDA { op(d, x, vectors, CachedStore()); };
+        const auto cached = [&](auto dx, size_t x, auto vectors)
+                                QEL_INLINE_LAMBDA { op(dx, x, vectors, CachedStore()); };
         const auto few = [&]() HWY_ATTR {
             forVectors(hn::CappedTag<Qel32f, kGroup>(), count,
-                       [&](auto d, size_t x) HWY_ATTR { cached(d, x, Vectors<1>()); });
+                       [&](auto dx, size_t x) HWY_ATTR { cached(dx, x, Vectors<1>()); });
         };
-        forOverlapping(Vectors<kVectors<Order>>(), hn::ScalableTag<Qel32f>(), out, count, cached, few);
+        const auto overlapping = [&]() QEL_INLINE_LAMBDA {
+            forOverlapping(Vectors<kVectors<Order>>(), d, out, count, cached, few);
+        };
+#if HWY_TARGET <= HWY_AVX3
+        if constexpr (kChannels == 1 && Order::kTaps > 0) {
+            const auto walking = [&]<size_t n>(const auto& s, size_t x, Vectors<n> vectors) QEL_INLINE_LAMBDA {
+                hn::Vec<decltype(d)> sums[n];
+                sumsOf<Order>(vectors, d, s, k, sums);
+                storeAll(d, sums, x, vectors, CachedStore());
+            };
+            return forWalking<Order::kTaps>(d, src, out, count, walking, overlapping);
+        }
+#endif
+        overlapping();
     }
 }
 
@@ -240,30 +259,18 @@ HWY_NOINLINE void interiorOfImage(const Qel32f* src, const Qel32f* k, Qel32f* ou
 // enough to have both ends apart.
 template <class Order, int kBorderMode>
 void filterImage(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSize size, const Filter& filter, void*) {
-    constexpr int kTaps = Order::kTaps;
-    constexpr int kReach = kTaps / 2;
-    constexpr int kStrip = 3 * kReach;
+    constexpr int kReach = Order::kTaps / 2;
     const hn::CappedTag<Qel32f, 1> one;
-    const Kernel32f<kTaps> k(filter.pKernel, kTaps);
-    const int width = size.width;
-    int indices[2 * kStrip];
-    for (int i = 0; i < kStrip; ++i) {
-        indices[i] = extendedIndex(kBorderMode, i - kReach, width);
-        indices[kStrip + i] = extendedIndex(kBorderMode, width - 2 * kReach + i, width);
-    }
+    const Kernel32f<Order::kTaps> k(filter.pKernel, Order::kTaps);
+    const Qel32f borderValue = kBorderMode == qelBorderConst ? *filter.pBorderValue : 0;
     for (int y = 0; y < size.height; ++y) {
         const Qel32f* const s = row(pSrc, srcStep, y);
         Qel32f* const out = pRowDst[y];
-        Qel32f strips[2 * kStrip];
-        for (int i = 0; i < 2 * kStrip; ++i)
-            std::memcpy(strips + i, indices[i] == kConstantSample ? filter.pBorderValue : s + indices[i],
-                        sizeof(Qel32f));
-        for (int i = 0; i < kReach; ++i) {
-            const Qel32f* const right = strips + kStrip + i;
-            storeSum<Order, 1>(one, strips + i, k, out + i);
-            storeSum<Order, 1>(one, right, k, out + width - kReach + i);
-        }
-        const size_t count = size_t(width - 2 * kReach);
+        forEnds<Order::kTaps, kBorderMode>(s, size.width, borderValue, [&](int x, const auto& samples) HWY_ATTR {
+            const auto sample = [&](int tap) HWY_ATTR { return hn::Set(one, samples(tap)); };
+            out[x] = hn::GetLane(Order::sum(one, sample, k));
+        });
+        const size_t count = size_t(size.width - 2 * kReach);
         filter.streaming ? interiorOfImage<Order, true>(s, filter.pKernel, out + kReach, count)
                          : interiorOfImage<Order, false>(s, filter.pKernel, out + kReach, count);
     }
