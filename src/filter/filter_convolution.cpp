@@ -26,16 +26,36 @@ constexpr RowKernelFacts kRowKernels[] = {facts(kerDx_3),  facts(kerScharr_3), f
                                           facts(kerD2x_3), facts(kerD2x_5),    facts(kerSobel_3), facts(kerSobel_5),
                                           facts(kerAvr_3), facts(kerAvr_5),    facts(kerLap_3)};
 
-// Rows of results that one turn gives: a strip or, where rows are long, a part of one. So few that what a turn reads
-// and writes stays in the nearest cache: as many rows of the source and of the result, and the rows of the ring. Where
-// that does not hold even one, as many as the column stage forms at once, for them to share what they load.
+// How the engine goes through an image, by the bytes that it moves for each column.
+struct Turns {
+    int64_t imageBytes;     // a sample of the source and one of the result
+    int64_t filteredBytes;  // what the row stage makes of a sample
+    int taps;
+
+    // A turn of so many rows of results stays in the nearest cache: what it reads and writes, and the filtered rows
+    // that meet in it.
+    static constexpr int64_t kNearestCache = 0xA000;
+    int64_t columnBytes(int rows) const { return rows * imageBytes + (rows + taps - 1) * filteredBytes; }
+    bool stay(int rows, int width) const { return width * columnBytes(rows) <= kNearestCache; }
+
+    // A single row still pays if at least the filtered rows that it is made of stay there.
+    bool singleRowPays(int width) const { return width * taps * filteredBytes <= 0x9000; }
+};
+
+template <class Src, class Mid, class Dst>
+Turns turnsOf(const FixedPass<Src, Mid, Dst>& pass) {
+    const int64_t filteredRows = pass.row == kRowLaplacian3 ? 2 : 1;
+    return {sizeof(Src) + sizeof(Dst), filteredRows * int64_t{sizeof(Mid)}, kRowKernels[pass.row].taps};
+}
+
+// Rows of results that a turn gives: a strip or, where rows are long, the part of one that stays in the nearest cache.
+// Where not even one row does, as many as the column stage forms at once, for them to share what they load.
 constexpr int kStripRows = 16;
 constexpr int kRowsAtOnce = 4;
-constexpr int64_t kNearestCache = 0xA000;
-int rowsPerTurn(int64_t imageRowBytes, int64_t ringRowBytes, int taps) {
-    for (int rows = kStripRows; rows > 0; rows /= 2)
-        if (rows * imageRowBytes + (rows + taps - 1) * ringRowBytes <= kNearestCache) return rows;
-    return kRowsAtOnce;
+int rowsPerTurn(const Turns& turns, int width) {
+    for (int rows = kStripRows; rows > 1; rows /= 2)
+        if (turns.stay(rows, width)) return rows;
+    return turns.singleRowPays(width) ? 1 : kRowsAtOnce;
 }
 
 template <class Src, class Dst>
@@ -44,6 +64,15 @@ Access accessTo(QelSize size) {
     const int64_t halfOfCache = owncvGetCacheSize() / 2;
     if (pixels >= halfOfCache) return Access::kStreaming;
     return pixels * int64_t{sizeof(Src) + sizeof(Dst)} >= halfOfCache ? Access::kAhead : Access::kCached;
+}
+
+// How far ahead of its turn the source is asked for. Along the rows of a cached image, the machine sees to that by
+// itself. It does not down a stripe, where the same columns come next.
+std::ptrdiff_t bytesAhead(Access access, Beside beside, int turnRows, int srcStep) {
+    constexpr std::ptrdiff_t kAlongRow = 4096;
+    if (access != Access::kCached) return kAlongRow;
+    const bool isStripe = beside.before > 0 || beside.behind > 0;
+    return isStripe ? std::ptrdiff_t{turnRows} * srcStep : 0;
 }
 
 // What the row stage makes of a row that is borderValue throughout. 32f sums stay as they are.
@@ -60,15 +89,25 @@ Mid filteredConstant(int rowSum, Src borderValue) {
 }  // namespace
 
 template <class Src, class Mid, class Dst>
-void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, QelSize size,
+int stripeWidth(const FixedPass<Src, Mid, Dst>& pass, QelSize size) {
+    const Turns turns = turnsOf(pass);
+    const bool near = turns.stay(2, size.width) || turns.singleRowPays(size.width);
+    if (near || accessTo<Src, Dst>(size) != Access::kCached) return size.width;
+    constexpr int kAlignment = 64;
+    const int widest = static_cast<int>(Turns::kNearestCache / turns.columnBytes(kRowsAtOnce)) & -kAlignment;
+    const int stripes = (size.width + widest - 1) / widest;
+    return static_cast<int>(alignUp(int64_t{(size.width + stripes - 1) / stripes}, kAlignment));
+}
+
+template <class Src, class Mid, class Dst>
+void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, QelSize size, Beside beside,
                        const FixedPass<Src, Mid, Dst>& pass, int borderMode, Src borderValue, int divisor,
                        const SliceOf<Src>& image, void* pScratch) {
     const int taps = kRowKernels[pass.row].taps;
     const int reach = taps / 2;
     const int mode = borderMode & kBorderModeMask;
     const int rowSamples = intermediateStride(size.width) * (pass.row == kRowLaplacian3 ? 2 : 1);
-    const int turnRows = rowsPerTurn(int64_t{size.width} * int64_t{sizeof(Src) + sizeof(Dst)},
-                                     int64_t{rowSamples} * int64_t{sizeof(Mid)}, taps);
+    const int turnRows = rowsPerTurn(turnsOf(pass), size.width);
     const int rowsInUse = turnRows + taps - 1;
 
     // In the scratch: rows for the borders, then those of the ring, which has room for more than are in use; pointers.
@@ -78,9 +117,10 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     Mid** const pointers = carver.take<Mid*>(pointerCount(taps));
 
     const Access access = accessTo<Src, Dst>(size);
+    const std::ptrdiff_t ahead = bytesAhead(access, beside, turnRows, srcStep);
     FixedRowKernel<Src, Mid>* const rowStage = pass.rows;
     const auto filterRows = [&](const Src* p, Mid* const* pRows, int count) {
-        rowStage(p, srcStep, pRows, {size.width, count}, mode, borderValue, access);
+        rowStage(p, srcStep, pRows, {size.width, count}, beside, borderValue, ahead);
     };
     FixedColumnKernel<Mid, Dst>* const columnStage = pass.columns;
     const auto filterColumns = [&](Mid* const* pRows, int y, int count) {
@@ -137,13 +177,14 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     filterColumns(pointers + read, done, size.height - done);
 }
 
-template void filterConvolution(const Qel32f*, int, Qel32f*, int, QelSize, const FixedPass<Qel32f, Qel32f, Qel32f>&,
-                                int, Qel32f, int, const SliceOf<Qel32f>&, void*);
-template void filterConvolution(const Qel8u*, int, Qel16s*, int, QelSize, const FixedPass<Qel8u, Qel16s, Qel16s>&, int,
-                                Qel8u, int, const SliceOf<Qel8u>&, void*);
-template void filterConvolution(const Qel8u*, int, Qel8s*, int, QelSize, const FixedPass<Qel8u, Qel16s, Qel8s>&, int,
-                                Qel8u, int, const SliceOf<Qel8u>&, void*);
-template void filterConvolution(const Qel8u*, int, Qel8u*, int, QelSize, const FixedPass<Qel8u, Qel16s, Qel8u>&, int,
-                                Qel8u, int, const SliceOf<Qel8u>&, void*);
+#define INSTANTIATE(Src, Mid, Dst)                                                                                     \
+    template int stripeWidth(const FixedPass<Src, Mid, Dst>&, QelSize);                                                \
+    template void filterConvolution(const Src*, int, Dst*, int, QelSize, Beside, const FixedPass<Src, Mid, Dst>&, int, \
+                                    Src, int, const SliceOf<Src>&, void*);
+INSTANTIATE(Qel32f, Qel32f, Qel32f)
+INSTANTIATE(Qel8u, Qel16s, Qel16s)
+INSTANTIATE(Qel8u, Qel16s, Qel8s)
+INSTANTIATE(Qel8u, Qel16s, Qel8u)
+#undef INSTANTIATE
 
 }  // namespace qel

@@ -22,15 +22,20 @@ struct FixedPass {
 // Where in its image a slice lies: mirrored and wrapped rows may come from anywhere in it.
 template <class Src>
 struct SliceOf {
-    const Src* pSrc;  // first row of the image
+    const Src* pSrc;  // first row of the image, where the slice's rows begin
     int height;       // of the image
     int y;            // first row of the slice
 };
 
-// Filters a slice of size.width by size.height, which begins at pSrc. Flags of borderMode say that the rows next to the
-// slice are rows of an image, and are read.
+// Columns that pay to be filtered at a time: all, or those of a stripe. An image beyond the caches goes whole, because
+// memory is read ahead along rows.
 template <class Src, class Mid, class Dst>
-void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, QelSize size,
+int stripeWidth(const FixedPass<Src, Mid, Dst>& pass, QelSize size);
+
+// Filters a slice of size.width by size.height, which begins at pSrc. Flags of borderMode say that the rows next to the
+// slice are rows of an image, and are read. The slice may be a stripe of its rows.
+template <class Src, class Mid, class Dst>
+void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, QelSize size, Beside beside,
                        const FixedPass<Src, Mid, Dst>& pass, int borderMode, Src borderValue, int divisor,
                        const SliceOf<Src>& image, void* pScratch);
 

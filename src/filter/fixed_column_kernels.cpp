@@ -258,42 +258,103 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace qel {
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerScharr_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerDx_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerSobel_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_5x5_kerSobel_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_5x5_kerDx_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerDx2_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_5x5_kerDx2_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerLaplacian_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_5x5_kerLaplacian_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_3x3_kerSobelNeg_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s_C1R_5x5_kerSobelNeg_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerScharr_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobel_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobel_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx2_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx2_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerLaplacian_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobelNeg_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobelNeg_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8u_C1R_3x3_kerAvr_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_16s8u_C1R_5x5_kerAvr_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerScharr_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerDx_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerSobel_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerSobel_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerDx_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerDx2_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerDx2_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerLaplacian_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerLaplacian_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerAvr_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerAvr_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_3x3_kerSobelNeg_W7cn);
-QEL_KERNEL(ownFilterColumnPipeline_32f_C1R_5x5_kerSobelNeg_W7cn);
+
+#define COLUMN(name) Kernel(HWY_DISPATCH_TABLE(name))
+
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_3x3_kerScharr_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_3x3_kerDx_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_3x3_kerSobel_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_5x5_kerSobel_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_5x5_kerDx_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_3x3_kerDx2_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_5x5_kerDx2_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_3x3_kerLaplacian_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_5x5_kerLaplacian_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_3x3_kerSobelNeg_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s_C1R_5x5_kerSobelNeg_W7cn);
+// No average ends in 16s or 8s; its entries hold the routine of the same size behind them.
+constinit const Column16s owntabColumn_8u16s[] = {
+    COLUMN(ownFilterColumnPipeline_16s_C1R_3x3_kerScharr_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_3x3_kerDx_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_3x3_kerSobel_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_5x5_kerSobel_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_5x5_kerDx_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_3x3_kerDx2_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_5x5_kerDx2_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_3x3_kerLaplacian_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_5x5_kerLaplacian_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_3x3_kerSobelNeg_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_5x5_kerSobelNeg_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_3x3_kerSobelNeg_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s_C1R_5x5_kerSobelNeg_W7cn),
+};
+
+HWY_EXPORT(ownFilterColumnPipeline_16s8s_C1R_3x3_kerScharr_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobel_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobel_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx2_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx2_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s8s_C1R_3x3_kerLaplacian_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobelNeg_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobelNeg_W7cn);
+// The second pass of the 5x5 Laplacian never ends in 8s; its entry holds the 3x3 form.
+constinit const Column16s8s owntabColumn_8u8s[] = {
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_3x3_kerScharr_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobel_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobel_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx2_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx2_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_3x3_kerLaplacian_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_3x3_kerLaplacian_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobelNeg_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobelNeg_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobelNeg_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobelNeg_W7cn),
+};
+
+HWY_EXPORT(ownFilterColumnPipeline_16s8u_C1R_3x3_kerAvr_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_16s8u_C1R_5x5_kerAvr_W7cn);
+constinit const Column16s8u owntabColumn_8u[] = {
+    COLUMN(ownFilterColumnPipeline_16s8u_C1R_3x3_kerAvr_W7cn),
+    COLUMN(ownFilterColumnPipeline_16s8u_C1R_5x5_kerAvr_W7cn),
+};
+
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_3x3_kerScharr_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_3x3_kerDx_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_3x3_kerSobel_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_5x5_kerSobel_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_5x5_kerDx_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_3x3_kerDx2_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_5x5_kerDx2_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_3x3_kerLaplacian_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_5x5_kerLaplacian_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_3x3_kerAvr_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_5x5_kerAvr_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_3x3_kerSobelNeg_W7cn);
+HWY_EXPORT(ownFilterColumnPipeline_32f_C1R_5x5_kerSobelNeg_W7cn);
+constinit const Column32f owntabColumn_32f[] = {
+    COLUMN(ownFilterColumnPipeline_32f_C1R_3x3_kerScharr_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_3x3_kerDx_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_3x3_kerSobel_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_5x5_kerSobel_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_5x5_kerDx_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_3x3_kerDx2_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_5x5_kerDx2_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_3x3_kerLaplacian_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_5x5_kerLaplacian_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_3x3_kerAvr_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_5x5_kerAvr_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_3x3_kerSobelNeg_W7cn),
+    COLUMN(ownFilterColumnPipeline_32f_C1R_5x5_kerSobelNeg_W7cn),
+};
+
+#undef COLUMN
+
 QEL_KERNEL(ownDivide_16s8s_C1R_W7);
+
 }  // namespace qel
 #endif

@@ -116,23 +116,36 @@ FixedCall<Src, Dst> slice(const FixedCall<Src, Dst>& call, const Share& share, i
     return part;
 }
 
-inline FixedPass<Qel32f, Qel32f, Qel32f> passOf(const FixedFilter& filter, const FixedCall<Qel32f, Qel32f>&) {
-    return {filter.row, *owntabRow_32f[filter.row], *owntabColumn_32f[filter.column]};
-}
-inline FixedPass<Qel8u, Qel16s, Qel16s> passOf(const FixedFilter& filter, const FixedCall<Qel8u, Qel16s>&) {
-    return {filter.row, *owntabRow_8u16s[filter.row], *owntabColumn_8u16s[filter.column]};
-}
-inline FixedPass<Qel8u, Qel16s, Qel8s> passOf(const FixedFilter& filter, const FixedCall<Qel8u, Qel8s>&) {
-    return {filter.row, *owntabRow_8u16s[filter.row], *owntabColumn_8u8s[filter.column]};
-}
-inline FixedPass<Qel8u, Qel16s, Qel8u> passOf(const FixedFilter& filter, const FixedCall<Qel8u, Qel8u>&) {
-    return {filter.row, *owntabRow_8u16s[filter.row], *owntabColumn_8u[filter.column]};
+template <class Src, class Dst>
+int modeOf(const FixedCall<Src, Dst>& call) {
+    return call.borderMode & kBorderModeMask;
 }
 
+inline FixedPass<Qel32f, Qel32f, Qel32f> passOf(const FixedFilter& filter, const FixedCall<Qel32f, Qel32f>& call) {
+    return {filter.row, owntabRow_32f[filter.row][modeOf(call)], owntabColumn_32f[filter.column]};
+}
+inline FixedPass<Qel8u, Qel16s, Qel16s> passOf(const FixedFilter& filter, const FixedCall<Qel8u, Qel16s>& call) {
+    return {filter.row, owntabRow_8u16s[filter.row][modeOf(call)], owntabColumn_8u16s[filter.column]};
+}
+inline FixedPass<Qel8u, Qel16s, Qel8s> passOf(const FixedFilter& filter, const FixedCall<Qel8u, Qel8s>& call) {
+    return {filter.row, owntabRow_8u16s[filter.row][modeOf(call)], owntabColumn_8u8s[filter.column]};
+}
+inline FixedPass<Qel8u, Qel16s, Qel8u> passOf(const FixedFilter& filter, const FixedCall<Qel8u, Qel8u>& call) {
+    return {filter.row, owntabRow_8u16s[filter.row][modeOf(call)], owntabColumn_8u[filter.column]};
+}
+
+// A pass over one thread's rows, by stripes of columns.
 template <class Src, class Dst>
 void runPass(const FixedCall<Src, Dst>& part, const FixedFilter& filter, const SliceOf<Src>& image) {
-    filterConvolution(part.pSrc, part.srcStep, part.pDst, part.dstStep, part.roiSize, passOf(filter, part),
-                      part.borderMode, part.borderValue, part.divisor, image, part.pBuffer);
+    const auto pass = passOf(filter, part);
+    const auto [width, height] = part.roiSize;
+    const int stripe = stripeWidth(pass, part.roiSize);
+    for (int x = 0; x < width; x += stripe) {
+        const int columns = std::min(stripe, width - x);
+        filterConvolution(part.pSrc + x, part.srcStep, part.pDst + x, part.dstStep, {columns, height},
+                          {x, width - x - columns}, pass, part.borderMode, part.borderValue, part.divisor,
+                          {image.pSrc + x, image.height, image.y}, part.pBuffer);
+    }
 }
 
 // A filter of one pass.

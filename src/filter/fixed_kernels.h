@@ -2,6 +2,8 @@
 #ifndef QELCV_FILTER_FIXED_KERNELS_H_
 #define QELCV_FILTER_FIXED_KERNELS_H_
 
+#include <cstddef>
+
 #include "frame/image.h"
 #include "frame/kernel.h"
 #include "qelcv/types.h"
@@ -25,17 +27,24 @@ constexpr Qel16s kerLap_3[] = {1, 0, 1};
 // other.
 constexpr int intermediateStride(int width) { return (width + 7) & ~7; }
 
+// The samples of a row that lie beside those to filter.
+struct Beside {
+    int before;
+    int behind;
+};
+
+// Filters size.height rows of the source, each extended by the border, into the rows that pRows points to. What lies
+// bytesAhead behind each sample is asked for, if that is not 0.
+template <class Src, class Mid>
+using FixedRowKernel = void(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, Beside beside,
+                            Src borderValue, std::ptrdiff_t bytesAhead);
+
 // How the images are gone through, by their size.
 enum class Access {
     kCached,     // they are found in a cache
     kAhead,      // they are not, and asked for ahead of their turn
-    kStreaming,  // the source is asked for ahead, and the stores of some column routines bypass the cache
+    kStreaming,  // likewise, and the stores of some column routines bypass the cache
 };
-
-// Filters size.height rows of the source, each extended by the border, into the rows that pRows points to.
-template <class Src, class Mid>
-using FixedRowKernel = void(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, int borderMode,
-                            Src borderValue, Access access);
 
 // Filters columns: row y of the result is made of the rows pRows[y] and on, as many as the kernel has taps. Only a
 // result of type 8s is divided.
@@ -77,81 +86,21 @@ enum ColumnIndex {
 };
 
 using Row8u16s = Kernel<FixedRowKernel<Qel8u, Qel16s>>;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDx_W7;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerScharr_W7;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDxNeg_W7;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDxNeg_W7;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDx2_W7;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDx2_W7;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerSobel_W7;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerSobel_W7;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerAvr_W7;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerAvr_W7;
-extern const Row8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerLaplacian_W7;
-
 using Row32f = Kernel<FixedRowKernel<Qel32f, Qel32f>>;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerDx_W7;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerScharr_W7;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerDxNeg_W7;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_5x5_kerDxNeg_W7;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerDx2_W7;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_5x5_kerDx2_W7;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerSobel_W7;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_5x5_kerSobel_W7;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerAvr_W7;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_5x5_kerAvr_W7;
-extern const Row32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerLaplacian_W7;
 
 using Column16s = Kernel<FixedColumnKernel<Qel16s, Qel16s>>;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_3x3_kerScharr_W7cn;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_3x3_kerDx_W7cn;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_3x3_kerSobel_W7cn;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_5x5_kerSobel_W7cn;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_5x5_kerDx_W7cn;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_3x3_kerDx2_W7cn;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_5x5_kerDx2_W7cn;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_3x3_kerLaplacian_W7cn;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_5x5_kerLaplacian_W7cn;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_3x3_kerSobelNeg_W7cn;
-extern const Column16s ownFilterColumnPipeline_16s_C1R_5x5_kerSobelNeg_W7cn;
-
 using Column16s8s = Kernel<FixedColumnKernel<Qel16s, Qel8s>>;
-extern const Column16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerScharr_W7cn;
-extern const Column16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx_W7cn;
-extern const Column16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobel_W7cn;
-extern const Column16s8s ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobel_W7cn;
-extern const Column16s8s ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx_W7cn;
-extern const Column16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx2_W7cn;
-extern const Column16s8s ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx2_W7cn;
-extern const Column16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerLaplacian_W7cn;
-extern const Column16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobelNeg_W7cn;
-extern const Column16s8s ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobelNeg_W7cn;
-
 using Column16s8u = Kernel<FixedColumnKernel<Qel16s, Qel8u>>;
-extern const Column16s8u ownFilterColumnPipeline_16s8u_C1R_3x3_kerAvr_W7cn;
-extern const Column16s8u ownFilterColumnPipeline_16s8u_C1R_5x5_kerAvr_W7cn;
-
 using Column32f = Kernel<FixedColumnKernel<Qel32f, Qel32f>>;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_3x3_kerScharr_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_3x3_kerDx_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_3x3_kerSobel_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_5x5_kerSobel_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_5x5_kerDx_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_3x3_kerDx2_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_5x5_kerDx2_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_3x3_kerLaplacian_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_5x5_kerLaplacian_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_3x3_kerAvr_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_5x5_kerAvr_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_3x3_kerSobelNeg_W7cn;
-extern const Column32f ownFilterColumnPipeline_32f_C1R_5x5_kerSobelNeg_W7cn;
 
+// For each kernel its routines by border mode.
 extern const Row8u16s* const owntabRow_8u16s[];
 extern const Row32f* const owntabRow_32f[];
-extern const Column16s* const owntabColumn_8u16s[];
-extern const Column16s8s* const owntabColumn_8u8s[];
-extern const Column16s8u* const owntabColumn_8u[];
-extern const Column32f* const owntabColumn_32f[];
+
+extern const Column16s owntabColumn_8u16s[];
+extern const Column16s8s owntabColumn_8u8s[];
+extern const Column16s8u owntabColumn_8u[];
+extern const Column32f owntabColumn_32f[];
 
 // Turns the rows of a 16-bit Laplacian into 8s: divided, clamped and truncated toward zero.
 using DivideRows = Kernel<void(const Qel16s* pSrc, int srcStep, Qel8s* pDst, int dstStep, QelSize size, int divisor)>;

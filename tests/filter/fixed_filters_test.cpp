@@ -392,6 +392,18 @@ TEST_P(FixedFilters, ManyTurns) {
     }
 }
 
+// Stripes of columns, the last of which is narrower than the reach of the taps.
+TEST_P(FixedFilters, NarrowLastStripe) {
+    const auto call = callOf(qeliFilterSobelVertBorder_32f_C1R);
+    for (const int width : {6401, 6402, 6403}) {
+        for (const int mode : {qelBorderConst, qelBorderRepl, qelBorderWrap, qelBorderMirr, qelBorderMirrR}) {
+            kit::Trial trial(uint32_t(width), {width, 7});
+            const Params p = {55, mode, 1};
+            ASSERT_NO_FATAL_FAILURE(agrees(call, queryOf(qeliFilterSobelVertGetBufferSize_32f_C1R), vertF, trial, p));
+        }
+    }
+}
+
 TEST_P(FixedFilters, AveragesOfConstants) {
     for (const int mask : {33, 55}) {
         for (const int value : {0, 1, 128, 255}) {
