@@ -150,24 +150,20 @@ void averageColumnsTo8u(const Qel16s* const* pRows, Qel8u* pDst, int dstStep, Qe
 // to even: both are documented results, so the size of a group is the same on every machine.
 constexpr size_t kGroup8s = 8;
 
-// Sums times a factor of at most 1: rounded to even, saturated. The bits of a sum become a 32f number without a
-// conversion, as the low bits of one whose unit is 1, and so does a quotient become an integer.
+// Sums times a factor of at most 1: rounded to even, saturated. A sum that stands in the upper half of 32 bits needs no
+// sign extension, and a quotient has its integer in the lower half, as 32f numbers from 2^23 on do.
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE hn::Vec<hn::Rebind<Qel8s, D>> rounded(D d, V sum, Qel32f factor) {
-    const hn::RebindToUnsigned<D> du;
     const hn::Repartition<Qel32f, D> df;
     const hn::RebindToSigned<decltype(df)> d32;
-    constexpr Qel32f kUnit1 = 0x1p23F;
-    constexpr int kBias = 0x8000;
-    const auto biased = hn::Xor(hn::BitCast(du, sum), hn::Set(du, kBias));
-    const auto exponent = hn::Set(du, 0x4B00);
-    const auto quotient = [=](auto bits) HWY_ATTR {
-        const auto value = hn::Sub(hn::BitCast(df, bits), hn::Set(df, kUnit1 + kBias));
-        const auto shifted = hn::Add(hn::Mul(value, hn::Set(df, factor)), hn::Set(df, 1.5F * kUnit1));
-        return hn::Sub(hn::BitCast(d32, shifted), hn::Set(d32, 0x4B400000));
+    const auto quotient = [=](auto upperHalf) HWY_ATTR {
+        const auto product = hn::Mul(hn::ConvertTo(df, upperHalf), hn::Set(df, 0x1p-16F * factor));
+        return hn::BitCast(d32, hn::Add(product, hn::Set(df, 0x1.8p23F)));
     };
-    const auto both = hn::ReorderDemote2To(d, quotient(hn::InterleaveLower(du, biased, exponent)),
-                                           quotient(hn::InterleaveUpper(du, biased, exponent)));
+    const auto sums = hn::BitCast(d32, sum);
+    const auto even = quotient(hn::ShiftLeft<16>(sums));
+    const auto odd = quotient(hn::AndNot(hn::Set(d32, 0xFFFF), sums));
+    const auto both = hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16>(odd)), hn::BitCast(d, even));
     return hn::DemoteTo(hn::Rebind<Qel8s, D>(), both);
 }
 
