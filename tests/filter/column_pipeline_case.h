@@ -186,6 +186,23 @@ inline void tellsDocumentedBytes(const char* name, GetBufferSize* function, int 
     kit::core().reset();
 }
 
+// A member with a divisor: good arguments, then each fault in its place.
+template <int kChannels, class Checks>
+void reportsFaultsOfDivided(Checks checks) {
+    std::vector<Qel16s> row(64, 1);
+    const std::vector<const Qel16s*> list(16, row.data());
+    checks.template value<0>(list.data())
+        .template channels<1>(kChannels)
+        .template channels<2>(kChannels)
+        .template notAnImage<4>()
+        .template value<5>(3)
+        .template faultAheadOfSteps<5>("no taps", qelStatusBadSize, 0)
+        .template optional<7>()
+        .template fault<7>("no buffer", qelStatusNullPointer, nullptr)
+        .template fault<6>("divisor 0", qelStatusBadArg, 0)
+        .run();
+}
+
 }  // namespace columns
 
 #endif

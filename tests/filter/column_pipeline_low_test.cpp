@@ -94,25 +94,9 @@ TEST_P(ColumnPipelineLow, EverySum) {
     }
 }
 
-template <int kChannels, class Checks>
-void checks(Checks checks) {
-    std::vector<Qel16s> row(64, 1);
-    const std::vector<const Qel16s*> list(16, row.data());
-    checks.template value<0>(list.data())
-        .template channels<1>(kChannels)
-        .template channels<2>(kChannels)
-        .template notAnImage<4>()
-        .template value<5>(3)
-        .template faultAheadOfSteps<5>("no taps", qelStatusBadSize, 0)
-        .template optional<7>()
-        .template fault<7>("no buffer", qelStatusNullPointer, nullptr)
-        .template fault<6>("divisor 0", qelStatusBadArg, 0)
-        .run();
-}
-
 TEST(ColumnPipelineLowChecks, EveryMember) {
-    checks<1>(CHECKS_OF(qeliFilterColumnPipeline_Low_16s_C1R));
-    checks<3>(CHECKS_OF(qeliFilterColumnPipeline_Low_16s_C3R));
+    columns::reportsFaultsOfDivided<1>(CHECKS_OF(qeliFilterColumnPipeline_Low_16s_C1R));
+    columns::reportsFaultsOfDivided<3>(CHECKS_OF(qeliFilterColumnPipeline_Low_16s_C3R));
 }
 
 TEST(ColumnPipelineLowChecks, EveryRowPointer) {

@@ -177,30 +177,13 @@ TEST_P(ColumnPipeline, SumsAtTheEndOfExactFloats) {
     }
 }
 
-// Good arguments of every member, then each fault in its place.
-template <class T, int kChannels, class Checks>
-void checks(Checks checks) {
-    std::vector<Qel16s> row(64, 1);
-    const std::vector<const Qel16s*> list(16, row.data());
-    checks.template value<0>(list.data())
-        .template channels<1>(kChannels)
-        .template channels<2>(kChannels)
-        .template notAnImage<4>()
-        .template value<5>(3)
-        .template faultAheadOfSteps<5>("no taps", qelStatusBadSize, 0)
-        .template optional<7>()
-        .template fault<7>("no buffer", qelStatusNullPointer, nullptr)
-        .template fault<6>("divisor 0", qelStatusBadArg, 0)
-        .run();
-}
-
 TEST(ColumnPipelineChecks, EveryMember) {
-    checks<Qel16s, 1>(CHECKS_OF(qeliFilterColumnPipeline_16s_C1R));
-    checks<Qel16s, 3>(CHECKS_OF(qeliFilterColumnPipeline_16s_C3R));
-    checks<Qel8u, 1>(CHECKS_OF(qeliFilterColumnPipeline_16s8u_C1R));
-    checks<Qel8u, 3>(CHECKS_OF(qeliFilterColumnPipeline_16s8u_C3R));
-    checks<Qel8s, 1>(CHECKS_OF(qeliFilterColumnPipeline_16s8s_C1R));
-    checks<Qel8s, 3>(CHECKS_OF(qeliFilterColumnPipeline_16s8s_C3R));
+    columns::reportsFaultsOfDivided<1>(CHECKS_OF(qeliFilterColumnPipeline_16s_C1R));
+    columns::reportsFaultsOfDivided<3>(CHECKS_OF(qeliFilterColumnPipeline_16s_C3R));
+    columns::reportsFaultsOfDivided<1>(CHECKS_OF(qeliFilterColumnPipeline_16s8u_C1R));
+    columns::reportsFaultsOfDivided<3>(CHECKS_OF(qeliFilterColumnPipeline_16s8u_C3R));
+    columns::reportsFaultsOfDivided<1>(CHECKS_OF(qeliFilterColumnPipeline_16s8s_C1R));
+    columns::reportsFaultsOfDivided<3>(CHECKS_OF(qeliFilterColumnPipeline_16s8s_C3R));
 }
 
 TEST(ColumnPipelineChecks, EveryRowPointer) {

@@ -27,12 +27,7 @@ ON_EVERY_TARGET(RowPipeline8u16s);
 TEST_P(RowPipeline8u16s, qeliFilterRowBorderPipeline_8u16s_C1R) { rows::meetsItsModel<C1>(); }
 TEST_P(RowPipeline8u16s, qeliFilterRowBorderPipeline_8u16s_C3R) { rows::meetsItsModel<C3>(); }
 
-TEST_P(RowPipeline8u16s, StopsAtNullRows) {
-    for (const int taps : {1, 3, 5, 7}) {
-        rows::stopsAtNullRows<C1>(40, taps);
-        rows::stopsAtNullRows<C3>(40, taps);
-    }
-}
+TEST_P(RowPipeline8u16s, StopsAtNullRows) { rows::stopAtNullRows<C1, C3>(); }
 
 // A third of a step of one: the middle rounds up, the edges truncate, and so does what is left of the groups of a
 // kernel of 7 taps.
@@ -53,12 +48,8 @@ TEST_P(RowPipeline8u16s, EdgesTruncate) {
 }
 
 TEST_P(RowPipeline8u16s, ParallelLimit) {
-    for (const int taps : {3, 4, 5}) {
-        EXPECT_TRUE(rows::runsInParallel<C1>(rows::kAtLimit, taps, 2, 1));
-        EXPECT_FALSE(rows::runsInParallel<C1>(rows::kBelowLimit, taps, 2, 2));
-        EXPECT_TRUE(rows::runsInParallel<C3>(rows::kAtLimit, taps, 2, 1));
-        EXPECT_FALSE(rows::runsInParallel<C3>(rows::kBelowLimit, taps, 2, 2));
-    }
+    rows::runsInParallelFromLimit<C1>();
+    rows::runsInParallelFromLimit<C3>();
 }
 
 TEST(RowPipeline8u16sSizes, qeliFilterRowBorderPipelineGetBufferSize_8u16s_C1R) { rows::tellsBufferSize<C1>(36, 112); }
@@ -66,21 +57,8 @@ TEST(RowPipeline8u16sSizes, qeliFilterRowBorderPipelineGetBufferSize_8u16s_C3R) 
 
 TEST(RowPipeline8u16sChecks, EveryMember) {
     rows::Arguments<Qel16s> a;
-    ROW_CHECKS_OF(qeliFilterRowBorderPipeline_8u16s_C1R, a)
-        .fault<7>("mode 5", qelStatusBadArg, 5)
-        .fault<7>("mode -1", qelStatusBadArg, -1)
-        .fault<9>("divisor 0", qelStatusBadArg, 0)
-        .run();
-    ROW_CHECKS_OF(qeliFilterRowBorderPipeline_8u16s_C3R, a)
-        .channels<0>(3)
-        .value<7>(qelBorderConst)
-        .notAnImage<8>()
-        .optional<8>()
-        .fault<7>("mode 5", qelStatusBadArg, 5)
-        .fault<7>("mode -1", qelStatusBadArg, -1)
-        .fault<8>("pBorderValue null", qelStatusNullPointer, nullptr)
-        .fault<9>("divisor 0", qelStatusBadArg, 0)
-        .run();
+    rows::reportsFaultsOfC1(ROW_CHECKS_OF(qeliFilterRowBorderPipeline_8u16s_C1R, a));
+    rows::reportsFaultsOfC3(ROW_CHECKS_OF(qeliFilterRowBorderPipeline_8u16s_C3R, a));
 }
 
 }  // namespace

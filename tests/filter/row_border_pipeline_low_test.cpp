@@ -28,12 +28,7 @@ ON_EVERY_TARGET(RowPipelineLow16s);
 TEST_P(RowPipelineLow16s, qeliFilterRowBorderPipeline_Low_16s_C1R) { rows::meetsItsModel<C1>(); }
 TEST_P(RowPipelineLow16s, qeliFilterRowBorderPipeline_Low_16s_C3R) { rows::meetsItsModel<C3>(); }
 
-TEST_P(RowPipelineLow16s, StopsAtNullRows) {
-    for (const int taps : {1, 3, 5, 7}) {
-        rows::stopsAtNullRows<C1>(40, taps);
-        rows::stopsAtNullRows<C3>(40, taps);
-    }
-}
+TEST_P(RowPipelineLow16s, StopsAtNullRows) { rows::stopAtNullRows<C1, C3>(); }
 
 // The special form in all its conditions, each of them missed by a little, with sums that wrap.
 TEST_P(RowPipelineLow16s, SymmetricKernelsOverSixteen) {
@@ -67,12 +62,8 @@ TEST_P(RowPipelineLow16s, LargeImages) {
 }
 
 TEST_P(RowPipelineLow16s, ParallelLimit) {
-    for (const int taps : {3, 4, 5}) {
-        EXPECT_TRUE(rows::runsInParallel<C1>(rows::kAtLimit, taps, 2, 1));
-        EXPECT_FALSE(rows::runsInParallel<C1>(rows::kBelowLimit, taps, 2, 2));
-        EXPECT_TRUE(rows::runsInParallel<C3>(rows::kAtLimit, taps, 2, 1));
-        EXPECT_FALSE(rows::runsInParallel<C3>(rows::kBelowLimit, taps, 2, 2));
-    }
+    rows::runsInParallelFromLimit<C1>();
+    rows::runsInParallelFromLimit<C3>();
 }
 
 TEST(RowPipelineLow16sSizes, qeliFilterRowBorderPipelineGetBufferSize_Low_16s_C1R) {
@@ -84,21 +75,8 @@ TEST(RowPipelineLow16sSizes, qeliFilterRowBorderPipelineGetBufferSize_Low_16s_C3
 
 TEST(RowPipelineLow16sChecks, EveryMember) {
     rows::Arguments<Qel16s> a;
-    ROW_CHECKS_OF(qeliFilterRowBorderPipeline_Low_16s_C1R, a)
-        .fault<7>("mode 5", qelStatusBadArg, 5)
-        .fault<7>("mode -1", qelStatusBadArg, -1)
-        .fault<9>("divisor 0", qelStatusBadArg, 0)
-        .run();
-    ROW_CHECKS_OF(qeliFilterRowBorderPipeline_Low_16s_C3R, a)
-        .channels<0>(3)
-        .value<7>(qelBorderConst)
-        .notAnImage<8>()
-        .optional<8>()
-        .fault<7>("mode 5", qelStatusBadArg, 5)
-        .fault<7>("mode -1", qelStatusBadArg, -1)
-        .fault<8>("pBorderValue null", qelStatusNullPointer, nullptr)
-        .fault<9>("divisor 0", qelStatusBadArg, 0)
-        .run();
+    rows::reportsFaultsOfC1(ROW_CHECKS_OF(qeliFilterRowBorderPipeline_Low_16s_C1R, a));
+    rows::reportsFaultsOfC3(ROW_CHECKS_OF(qeliFilterRowBorderPipeline_Low_16s_C3R, a));
 }
 
 }  // namespace

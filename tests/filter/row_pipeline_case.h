@@ -394,6 +394,45 @@ void stopsAtNullRows(int width, int taps) {
     }
 }
 
+// Both forms with any number of taps.
+template <class C1, class C3>
+void stopAtNullRows() {
+    for (const int taps : {1, 3, 5, 7}) {
+        stopsAtNullRows<C1>(40, taps);
+        stopsAtNullRows<C3>(40, taps);
+    }
+}
+
+// Threads share a region from the limit on, if there are cores for them.
+template <class Form>
+void runsInParallelFromLimit() {
+    for (const int taps : {2, 3, 4, 5}) {
+        EXPECT_TRUE(runsInParallel<Form>(kAtLimit, taps, 2, 1));
+        EXPECT_FALSE(runsInParallel<Form>(kBelowLimit, taps, 2, 2));
+    }
+}
+
+// The faults of a form with a divisor, beyond those of all forms.
+template <class Checks>
+void reportsFaultsOfC1(Checks& checks) {
+    checks.template fault<7>("mode 5", qelStatusBadArg, 5)
+        .template fault<7>("mode -1", qelStatusBadArg, -1)
+        .template fault<9>("divisor 0", qelStatusBadArg, 0)
+        .run();
+}
+template <class Checks>
+void reportsFaultsOfC3(Checks& checks) {
+    checks.template channels<0>(3)
+        .template value<7>(qelBorderConst)
+        .template notAnImage<8>()
+        .template optional<8>()
+        .template fault<7>("mode 5", qelStatusBadArg, 5)
+        .template fault<7>("mode -1", qelStatusBadArg, -1)
+        .template fault<8>("pBorderValue null", qelStatusNullPointer, nullptr)
+        .template fault<9>("divisor 0", qelStatusBadArg, 0)
+        .run();
+}
+
 // The size query: its value by the formula, its errors, its range.
 template <class Form>
 void tellsBufferSize(int64_t perTap, int64_t fixed) {
