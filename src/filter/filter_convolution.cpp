@@ -28,24 +28,24 @@ constexpr RowKernelFacts kRowKernels[] = {facts(kerDx_3),  facts(kerScharr_3), f
 
 // How the engine goes through an image, by the bytes that it moves for each column.
 struct Turns {
-    int64_t imageBytes;     // a sample of the source and one of the result
-    int64_t filteredBytes;  // what the row stage makes of a sample
+    int imageBytes;     // a sample of the source and one of the result
+    int filteredBytes;  // what the row stage makes of a sample
     int taps;
 
     // A turn of so many rows of results stays in the nearest cache: what it reads and writes, and the filtered rows
     // that meet in it.
-    static constexpr int64_t kNearestCache = 0xA000;
-    int64_t columnBytes(int rows) const { return rows * imageBytes + (rows + taps - 1) * filteredBytes; }
-    bool stay(int rows, int width) const { return width * columnBytes(rows) <= kNearestCache; }
+    static constexpr int kNearestCache = 0xA000;
+    int columnBytes(int rows) const { return rows * imageBytes + (rows + taps - 1) * filteredBytes; }
+    bool stay(int rows, int width) const { return int64_t{width} * columnBytes(rows) <= kNearestCache; }
 
     // A single row still pays if at least the filtered rows that it is made of stay there.
-    bool singleRowPays(int width) const { return width * taps * filteredBytes <= 0x9000; }
+    bool singleRowPays(int width) const { return int64_t{width} * (taps * filteredBytes) <= 0x9000; }
 };
 
 template <class Src, class Mid, class Dst>
 Turns turnsOf(const FixedPass<Src, Mid, Dst>& pass) {
-    const int64_t filteredRows = pass.row == kRowLaplacian3 ? 2 : 1;
-    return {sizeof(Src) + sizeof(Dst), filteredRows * int64_t{sizeof(Mid)}, kRowKernels[pass.row].taps};
+    const int filteredRows = pass.row == kRowLaplacian3 ? 2 : 1;
+    return {int{sizeof(Src) + sizeof(Dst)}, filteredRows * int{sizeof(Mid)}, kRowKernels[pass.row].taps};
 }
 
 // Rows of results that a turn gives: a strip or, where rows are long, the part of one that stays in the nearest cache.
@@ -94,7 +94,7 @@ int stripeWidth(const FixedPass<Src, Mid, Dst>& pass, QelSize size) {
     const bool near = turns.stay(2, size.width) || turns.singleRowPays(size.width);
     if (near || accessTo<Src, Dst>(size) != Access::kCached) return size.width;
     constexpr int kAlignment = 64;
-    const int widest = static_cast<int>(Turns::kNearestCache / turns.columnBytes(kRowsAtOnce)) & -kAlignment;
+    const int widest = Turns::kNearestCache / turns.columnBytes(kRowsAtOnce) & -kAlignment;
     const int stripes = (size.width + widest - 1) / widest;
     return static_cast<int>(alignUp(int64_t{(size.width + stripes - 1) / stripes}, kAlignment));
 }
