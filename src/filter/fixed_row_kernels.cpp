@@ -113,13 +113,14 @@ void filterRows(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, B
     for (int y = 0; y < size.height; ++y) {
         const Src* const p = row(pSrc, srcStep, y) - beside.before;
         Mid* const out = pRows[y];
+        const auto endResult = [=](int i, const auto& samples) HWY_ATTR {
+            const int x = i - beside.before;
+            if (x >= 0 && x < size.width) filterOne<Formula>(samples, out + x, second);
+        };
         if (rowWidth < Formula::kTaps) {
             filterNarrow<Formula>(p, out, rowWidth, kBorderMode, borderValue);
         } else {
-            forEnds<Formula::kTaps, kBorderMode>(p, rowWidth, borderValue, [=](int i, const auto& s) HWY_ATTR {
-                const int x = i - beside.before;
-                if (x >= 0 && x < size.width) filterOne<Formula>(s, out + x, second);
-            });
+            forEnds<Formula::kTaps, kBorderMode>(p, rowWidth, borderValue, endResult);
         }
     }
     const int first = HWY_MAX(kReach - beside.before, 0);
