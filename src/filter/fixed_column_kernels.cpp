@@ -39,90 +39,78 @@ HWY_INLINE void prefetchForStores(Dst* out, int dstStep) {
     for (int i = 0; i < kRows; ++i) hwy::Prefetch(reinterpret_cast<const char*>(row(out, dstStep, i)) + kBytesAhead);
 }
 
-// Calls op(d, x, store) on vectors that cover `count` results from `out` on, a multiple of kGroup, and has all of them
-// bypass the cache but for the ends of the row. Some are computed twice.
-template <size_t kGroup, class D, class Dst, class Op>
-HWY_INLINE void forStreamed(D d, const Dst* out, size_t count, const Op& op) {
-    const size_t lanes = hn::Lanes(d);
-    if (count < lanes)
-        return forVectors<kGroup>(d, count, [&](auto dx, size_t x) HWY_ATTR { op(dx, x, CachedStore()); });
-    op(d, 0, CachedStore());
-    const size_t rest = forWholeVectors(
-        d, count, [&](auto dx, size_t x) HWY_ATTR { op(dx, x, StreamingStore()); },
-        lanes - reinterpret_cast<uintptr_t>(out) / sizeof(Dst) % lanes);
-    if (rest < count) op(d, count - lanes, CachedStore());
-}
-
 // kRows rows of results by op(d, column, out), which gives those at out. All of them are formed before the first is
 // stored. The addresses of the source rows are kept at hand: in memory, a store could change them, as far as a compiler
 // knows.
-template <int kTaps, int kRows, size_t kGroup, Access kAccess, class Mid, class Dst, class Op>
+template <int kTaps, int kRows, size_t kGroup, bool kAhead, class Mid, class Dst, class Op>
 HWY_INLINE void columnRows(const Mid* const* pRows, Dst* out, int dstStep, int width, const Op& op) {
     const int secondHalf = intermediateStride(width);
     const Mid* rows[kRows + kTaps - 1];
     for (int i = 0; i < kRows + kTaps - 1; ++i) rows[i] = pRows[i];
-    const auto resultsAt = [&](auto d, size_t x, auto store) QEL_INLINE_LAMBDA {
-        const hn::Rebind<Dst, decltype(d)> dOut;
-        if constexpr (kAccess == Access::kAhead) prefetchForStores<kRows>(out + x, dstStep);
-        hn::Vec<decltype(dOut)> results[kRows];
+    forVectors<kGroup>(
+        hn::ScalableTag<Mid>(), size_t(width) / kGroup * kGroup, [&](auto d, size_t x) QEL_INLINE_LAMBDA {
+            const hn::Rebind<Dst, decltype(d)> dOut;
+            if constexpr (kAhead) prefetchForStores<kRows>(out + x, dstStep);
+            hn::Vec<decltype(dOut)> results[kRows];
 #pragma GCC unroll 4
-        for (int i = 0; i < kRows; ++i)
-            results[i] = op(d, Column<decltype(d)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
+            for (int i = 0; i < kRows; ++i)
+                results[i] = op(d, Column<decltype(d)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
 #pragma GCC unroll 4
-        for (int i = 0; i < kRows; ++i) store(results[i], dOut, row(out, dstStep, i) + x);
-    };
-    const hn::ScalableTag<Mid> d;
-    const size_t count = size_t(width) / kGroup * kGroup;
-    if constexpr (kAccess == Access::kStreaming) {
-        forStreamed<kGroup>(d, out, count, resultsAt);
-    } else {
-        forVectors<kGroup>(d, count, [&](auto dx, size_t x) QEL_INLINE_LAMBDA { resultsAt(dx, x, CachedStore()); });
-    }
+            for (int i = 0; i < kRows; ++i) hn::StoreU(results[i], dOut, row(out, dstStep, i) + x);
+        });
 }
 
 // Rows that are formed at once share what is loaded. Their addresses need registers, of which 32-bit programs have few:
 // there, that pays on short rows only.
 HWY_INLINE bool rowsShareLoads(int width) { return sizeof(void*) == 8 || width < 128; }
 
-// All rows of results, as far as rows have full groups of samples. Rows that are streamed together are aligned alike.
-template <int kTaps, size_t kGroup, Access kAccess, class Mid, class Dst, class Op>
+// All rows of results, as far as rows have full groups of samples.
+template <int kTaps, size_t kGroup, bool kAhead, class Mid, class Dst, class Op>
 HWY_INLINE void allColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
-    constexpr size_t kVectorBytes = hn::MaxLanes(hn::ScalableTag<Mid>()) * sizeof(Dst);
     int y = 0;
-    if (rowsShareLoads(size.width) && (kAccess != Access::kStreaming || size_t(dstStep) % kVectorBytes == 0)) {
+    if (rowsShareLoads(size.width)) {
         for (; y + 4 <= size.height; y += 4)
-            columnRows<kTaps, 4, kGroup, kAccess>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+            columnRows<kTaps, 4, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
         for (; y + 2 <= size.height; y += 2)
-            columnRows<kTaps, 2, kGroup, kAccess>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+            columnRows<kTaps, 2, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
     }
     for (; y < size.height; ++y)
-        columnRows<kTaps, 1, kGroup, kAccess>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
-    finishStores<kAccess == Access::kStreaming>();
+        columnRows<kTaps, 1, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
 }
 
-// Only vectors of at least 16 bytes can bypass the cache, and only where the image is aligned to its samples.
 template <int kTaps, size_t kGroup = 1, class Mid, class Dst, class Op>
 HWY_INLINE void forColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, Access access, const Op& op) {
-    if (access == Access::kCached) return allColumns<kTaps, kGroup, Access::kCached>(pRows, pDst, dstStep, size, op);
-    if constexpr (hn::MaxLanes(hn::ScalableTag<Mid>()) * sizeof(Dst) >= 16) {
-        if (access == Access::kStreaming && reinterpret_cast<uintptr_t>(pDst) % sizeof(Dst) == 0)
-            return allColumns<kTaps, kGroup, Access::kStreaming>(pRows, pDst, dstStep, size, op);
+    access == Access::kCached ? allColumns<kTaps, kGroup, false>(pRows, pDst, dstStep, size, op)
+                              : allColumns<kTaps, kGroup, true>(pRows, pDst, dstStep, size, op);
+}
+
+// As forColumns for results of the sums' own type, with stores past the cache.
+template <class T, class Op>
+HWY_INLINE void streamColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, const Op& op) {
+    const int secondHalf = intermediateStride(size.width);
+    for (int y = 0; y < size.height; ++y) {
+        T* const out = row(pDst, dstStep, y);
+        const T* const* const rows = pRows + y;
+        forVectorsInto<true>(out, hn::ScalableTag<T>(), size_t(size.width),
+                             [&op, out, rows, secondHalf](auto d, size_t x, auto store) HWY_ATTR {
+                                 store(op(d, Column<decltype(d)>{rows, x, secondHalf}, out + x), d, out + x);
+                             });
     }
-    allColumns<kTaps, kGroup, Access::kAhead>(pRows, pDst, dstStep, size, op);
+    finishStores<true>();
 }
 
 // The result is the sum itself.
 template <class Formula, class T>
 void filterColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, Access access) {
     const auto sum = [](auto, const auto& column, const T*) QEL_INLINE_LAMBDA { return Formula()(column); };
-    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access, sum);
+    access == Access::kStreaming ? streamColumns(pRows, pDst, dstStep, size, sum)
+                                 : forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access, sum);
 }
 
-// The result is added to what the destination holds: the second pass of the 5x5 Laplacian. Its stores stay in the
-// cache, where the destination is read into.
+// The result is added to what the destination holds: the second pass of the 5x5 Laplacian.
 template <class Formula, class T>
 void addColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, Access access) {
-    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access == Access::kCached ? access : Access::kAhead,
+    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access,
                                [](auto d, const auto& column, const T* out)
                                    QEL_INLINE_LAMBDA { return hn::Add(hn::LoadU(d, out), Formula()(column)); });
 }
@@ -135,7 +123,8 @@ template <class Formula>
 void averageColumns(const Qel32f* const* pRows, Qel32f* pDst, int dstStep, QelSize size, int, Access access) {
     const auto mean = [](auto d, const auto& column, const Qel32f*)
                           QEL_INLINE_LAMBDA { return hn::Mul(Formula()(column), hn::Set(d, kMeanFactor<Formula>)); };
-    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access, mean);
+    access == Access::kStreaming ? streamColumns(pRows, pDst, dstStep, size, mean)
+                                 : forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access, mean);
 }
 
 // The mean of nine bytes, rounded, or of 25 bytes, not rounded: 25 times 255 gives 254.
