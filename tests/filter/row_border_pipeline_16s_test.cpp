@@ -46,7 +46,7 @@ ON_EVERY_TARGET(RowPipeline16s);
 TEST_P(RowPipeline16s, qeliFilterRowBorderPipeline_16s_C1R) { rows::meetsItsModel<C1>(); }
 TEST_P(RowPipeline16s, qeliFilterRowBorderPipeline_16s_C3R) { rows::meetsItsModel<C3>(); }
 
-TEST_P(RowPipeline16s, StopsAtNullRows) { rows::stopAtNullRows<C1, C3>(); }
+TEST_P(RowPipeline16s, StopsAtNullRows) { rows::bothStopAtNullRows<C1, C3>(); }
 
 // The largest sum there is: C1 saturates by its sign, C3 gives the lowest value.
 TEST_P(RowPipeline16s, SumsBeyond32Bits) {

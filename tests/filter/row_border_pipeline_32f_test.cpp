@@ -45,7 +45,7 @@ ON_EVERY_TARGET(RowPipeline32f);
 TEST_P(RowPipeline32f, qeliFilterRowBorderPipeline_32f_C1R) { rows::meetsItsModel<C1>(); }
 TEST_P(RowPipeline32f, qeliFilterRowBorderPipeline_32f_C3R) { rows::meetsItsModel<C3>(); }
 
-TEST_P(RowPipeline32f, StopsAtNullRows) { rows::stopAtNullRows<C1, C3>(); }
+TEST_P(RowPipeline32f, StopsAtNullRows) { rows::bothStopAtNullRows<C1, C3>(); }
 
 // The least widths that whole images are filtered from, and one less; all border modes; cached and streamed.
 TEST_P(RowPipeline32f, WholeImages) {

@@ -27,7 +27,7 @@ ON_EVERY_TARGET(RowPipeline8u16s);
 TEST_P(RowPipeline8u16s, qeliFilterRowBorderPipeline_8u16s_C1R) { rows::meetsItsModel<C1>(); }
 TEST_P(RowPipeline8u16s, qeliFilterRowBorderPipeline_8u16s_C3R) { rows::meetsItsModel<C3>(); }
 
-TEST_P(RowPipeline8u16s, StopsAtNullRows) { rows::stopAtNullRows<C1, C3>(); }
+TEST_P(RowPipeline8u16s, StopsAtNullRows) { rows::bothStopAtNullRows<C1, C3>(); }
 
 // A third of a step of one: the middle rounds up, the edges truncate, and so does what is left of the groups of a
 // kernel of 7 taps.

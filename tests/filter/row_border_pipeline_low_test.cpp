@@ -28,7 +28,7 @@ ON_EVERY_TARGET(RowPipelineLow16s);
 TEST_P(RowPipelineLow16s, qeliFilterRowBorderPipeline_Low_16s_C1R) { rows::meetsItsModel<C1>(); }
 TEST_P(RowPipelineLow16s, qeliFilterRowBorderPipeline_Low_16s_C3R) { rows::meetsItsModel<C3>(); }
 
-TEST_P(RowPipelineLow16s, StopsAtNullRows) { rows::stopAtNullRows<C1, C3>(); }
+TEST_P(RowPipelineLow16s, StopsAtNullRows) { rows::bothStopAtNullRows<C1, C3>(); }
 
 // The special form in all its conditions, each of them missed by a little, with sums that wrap.
 TEST_P(RowPipelineLow16s, SymmetricKernelsOverSixteen) {

@@ -396,14 +396,14 @@ void stopsAtNullRows(int width, int taps) {
 
 // Both forms with any number of taps.
 template <class C1, class C3>
-void stopAtNullRows() {
+void bothStopAtNullRows() {
     for (const int taps : {1, 3, 5, 7}) {
         stopsAtNullRows<C1>(40, taps);
         stopsAtNullRows<C3>(40, taps);
     }
 }
 
-// Threads share a region from the limit on, if there are cores for them.
+// Threads share a region from the limit on, and none below it, whatever the cores.
 template <class Form>
 void runsInParallelFromLimit() {
     for (const int taps : {2, 3, 4, 5}) {
