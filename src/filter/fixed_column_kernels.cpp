@@ -39,80 +39,112 @@ HWY_INLINE void prefetchForStores(Dst* out, int dstStep) {
     for (int i = 0; i < kRows; ++i) hwy::Prefetch(reinterpret_cast<const char*>(row(out, dstStep, i)) + kBytesAhead);
 }
 
-// kRows rows of results by op(d, column, out), which gives those at out. All of them are formed before the first is
-// stored. The addresses of the source rows are kept at hand: in memory, a store could change them, as far as a compiler
-// knows.
-template <int kTaps, int kRows, size_t kGroup, bool kAhead, class Mid, class Dst, class Op>
-HWY_INLINE void columnRows(const Mid* const* pRows, Dst* out, int dstStep, int width, const Op& op) {
-    const int secondHalf = intermediateStride(width);
-    const Mid* rows[kRows + kTaps - 1];
-    for (int i = 0; i < kRows + kTaps - 1; ++i) rows[i] = pRows[i];
-    forVectors<kGroup>(
-        hn::ScalableTag<Mid>(), size_t(width) / kGroup * kGroup, [&](auto d, size_t x) QEL_INLINE_LAMBDA {
-            const hn::Rebind<Dst, decltype(d)> dOut;
-            if constexpr (kAhead) prefetchForStores<kRows>(out + x, dstStep);
+// A store past the cache where the vector's place is aligned, as in all of a row but its ends.
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE void streamAligned(V v, D d, hn::TFromD<D>* p) {
+    reinterpret_cast<uintptr_t>(p) % sizeof(v) == 0 ? hn::Stream(v, d, p) : hn::StoreU(v, d, p);
+}
+
+// Results by op(d, column, out), which gives those at out, of the rows from y on, kRows at once as long as there are as
+// many; returns where they end. All kRows are formed before the first is stored. The addresses of the source rows are
+// kept at hand: in memory, a store could change them, as far as a compiler knows. With kOnce, op reads what stands at
+// out; else some results are formed twice. Not inlined, because compilers take long for a long function.
+template <int kTaps, int kRows, size_t kGroup, Access kAccess, bool kOnce, class D, class Mid, class Dst, class Op>
+HWY_NOINLINE int columnRows(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, int y, const Op& op) {
+    const int secondHalf = intermediateStride(size.width);
+    const size_t count = size_t(size.width) / kGroup * kGroup;
+    for (; y + kRows <= size.height; y += kRows) {
+        const Mid* rows[kRows + kTaps - 1];
+        for (int i = 0; i < kRows + kTaps - 1; ++i) rows[i] = pRows[y + i];
+        Dst* const out = row(pDst, dstStep, y);
+        const auto resultsAt = [&](auto dx, size_t x) QEL_INLINE_LAMBDA {
+            const hn::Rebind<Dst, decltype(dx)> dOut;
+            if constexpr (kAccess == Access::kAhead) prefetchForStores<kRows>(out + x, dstStep);
             hn::Vec<decltype(dOut)> results[kRows];
 #pragma GCC unroll 4
             for (int i = 0; i < kRows; ++i)
-                results[i] = op(d, Column<decltype(d)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
+                results[i] = op(dx, Column<decltype(dx)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
 #pragma GCC unroll 4
-            for (int i = 0; i < kRows; ++i) hn::StoreU(results[i], dOut, row(out, dstStep, i) + x);
-        });
+            for (int i = 0; i < kRows; ++i) {
+                if constexpr (kAccess == Access::kStreaming) {
+                    streamAligned(results[i], dOut, row(out, dstStep, i) + x);
+                } else {
+                    hn::StoreU(results[i], dOut, row(out, dstStep, i) + x);
+                }
+            }
+        };
+        if constexpr (kOnce) {
+            forVectors(d, count, resultsAt);
+        } else {
+            const size_t head = kAccess == Access::kStreaming ? lanesBeyondAlignment(d, out) : 0;
+            forBlocks(hn::Lanes(d), hn::Lanes(d) - head, count, [&](size_t x) QEL_INLINE_LAMBDA { resultsAt(d, x); });
+        }
+    }
+    return y;
 }
 
 // Rows that are formed at once share what is loaded. Their addresses need registers, of which 32-bit programs have few:
-// there, that pays on short rows only.
-HWY_INLINE bool rowsShareLoads(int width) { return sizeof(void*) == 8 || width < 128; }
+// there, that pays on short rows only. Rows that are streamed together are aligned alike.
+template <Access kAccess, size_t kVectorBytes>
+HWY_INLINE bool rowsShareLoads(int width, int dstStep) {
+    if (sizeof(void*) == 4) return width < 128;
+    return kAccess != Access::kStreaming || size_t(dstStep) % kVectorBytes == 0;
+}
 
 // All rows of results, as far as rows have full groups of samples.
-template <int kTaps, size_t kGroup, bool kAhead, class Mid, class Dst, class Op>
-HWY_INLINE void allColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
+template <int kTaps, size_t kGroup, Access kAccess, bool kOnce, class D, class Mid, class Dst, class Op>
+HWY_INLINE void allColumns(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
     int y = 0;
-    if (rowsShareLoads(size.width)) {
-        for (; y + 4 <= size.height; y += 4)
-            columnRows<kTaps, 4, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
-        for (; y + 2 <= size.height; y += 2)
-            columnRows<kTaps, 2, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+    if (rowsShareLoads<kAccess, sizeof(Dst) * hn::MaxLanes(D())>(size.width, dstStep)) {
+        y = columnRows<kTaps, 4, kGroup, kAccess, kOnce>(d, pRows, pDst, dstStep, size, y, op);
+        if (y < size.height) y = columnRows<kTaps, 2, kGroup, kAccess, kOnce>(d, pRows, pDst, dstStep, size, y, op);
     }
-    for (; y < size.height; ++y)
-        columnRows<kTaps, 1, kGroup, kAhead>(pRows + y, row(pDst, dstStep, y), dstStep, size.width, op);
+    if (y < size.height) columnRows<kTaps, 1, kGroup, kAccess, kOnce>(d, pRows, pDst, dstStep, size, y, op);
+    finishStores<kAccess == Access::kStreaming>();
+}
+
+// As allColumns for rows of any width: those that do not fill a vector are left to shorter ones.
+template <int kTaps, size_t kGroup, class D, class Mid, class Dst, class Op>
+HWY_INLINE void narrowColumns(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
+    constexpr size_t kLeast = HWY_MAX(kGroup, 4);
+    if (size_t(size.width) >= hn::Lanes(d)) {
+        allColumns<kTaps, kGroup, Access::kCached, false>(d, pRows, pDst, dstStep, size, op);
+    } else if constexpr (hn::MaxLanes(D()) > kLeast) {
+        narrowColumns<kTaps, kGroup>(hn::Half<D>(), pRows, pDst, dstStep, size, op);
+    } else if constexpr (kGroup == 1) {
+        allColumns<kTaps, 1, Access::kCached, false>(hn::FixedTag<Mid, 1>(), pRows, pDst, dstStep, size, op);
+    }
 }
 
 template <int kTaps, size_t kGroup = 1, class Mid, class Dst, class Op>
 HWY_INLINE void forColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, Access access, const Op& op) {
-    access == Access::kCached ? allColumns<kTaps, kGroup, false>(pRows, pDst, dstStep, size, op)
-                              : allColumns<kTaps, kGroup, true>(pRows, pDst, dstStep, size, op);
-}
-
-// As forColumns for results of the sums' own type, with stores past the cache.
-template <class T, class Op>
-HWY_INLINE void streamColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, const Op& op) {
-    const int secondHalf = intermediateStride(size.width);
-    for (int y = 0; y < size.height; ++y) {
-        T* const out = row(pDst, dstStep, y);
-        const T* const* const rows = pRows + y;
-        forVectorsInto<true>(out, hn::ScalableTag<T>(), size_t(size.width),
-                             [&op, out, rows, secondHalf](auto d, size_t x, auto store) HWY_ATTR {
-                                 store(op(d, Column<decltype(d)>{rows, x, secondHalf}, out + x), d, out + x);
-                             });
+    const hn::ScalableTag<Mid> d;
+    constexpr bool kCanStream = hn::MaxLanes(d) * sizeof(Dst) >= 16;
+    if (access == Access::kCached || size_t(size.width) < hn::Lanes(d)) {
+        narrowColumns<kTaps, kGroup>(d, pRows, pDst, dstStep, size, op);
+    } else if (kCanStream && access == Access::kStreaming) {
+        allColumns<kTaps, kGroup, Access::kStreaming, false>(d, pRows, pDst, dstStep, size, op);
+    } else {
+        allColumns<kTaps, kGroup, Access::kAhead, false>(d, pRows, pDst, dstStep, size, op);
     }
-    finishStores<true>();
 }
 
 // The result is the sum itself.
 template <class Formula, class T>
 void filterColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, Access access) {
-    const auto sum = [](auto, const auto& column, const T*) QEL_INLINE_LAMBDA { return Formula()(column); };
-    access == Access::kStreaming ? streamColumns(pRows, pDst, dstStep, size, sum)
-                                 : forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access, sum);
+    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access,
+                               [](auto, const auto& column, const T*) QEL_INLINE_LAMBDA { return Formula()(column); });
 }
 
-// The result is added to what the destination holds: the second pass of the 5x5 Laplacian.
+// The result is added to what the destination holds: the second pass of the 5x5 Laplacian. That is read into the cache,
+// so stores do not bypass it.
 template <class Formula, class T>
 void addColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, Access access) {
-    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access,
-                               [](auto d, const auto& column, const T* out)
-                                   QEL_INLINE_LAMBDA { return hn::Add(hn::LoadU(d, out), Formula()(column)); });
+    const auto add = [](auto d, const auto& column, const T* out)
+                         QEL_INLINE_LAMBDA { return hn::Add(hn::LoadU(d, out), Formula()(column)); };
+    const hn::ScalableTag<T> d;
+    access == Access::kCached ? allColumns<Formula::kTaps, 1, Access::kCached, true>(d, pRows, pDst, dstStep, size, add)
+                              : allColumns<Formula::kTaps, 1, Access::kAhead, true>(d, pRows, pDst, dstStep, size, add);
 }
 
 // The mean of 32f sums, by a factor of single precision.
@@ -121,10 +153,10 @@ constexpr Qel32f kMeanFactor = Formula::kTaps == 3 ? 0.11111111F : 0.04F;
 
 template <class Formula>
 void averageColumns(const Qel32f* const* pRows, Qel32f* pDst, int dstStep, QelSize size, int, Access access) {
-    const auto mean = [](auto d, const auto& column, const Qel32f*)
-                          QEL_INLINE_LAMBDA { return hn::Mul(Formula()(column), hn::Set(d, kMeanFactor<Formula>)); };
-    access == Access::kStreaming ? streamColumns(pRows, pDst, dstStep, size, mean)
-                                 : forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access, mean);
+    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access,
+                               [](auto d, const auto& column, const Qel32f*) QEL_INLINE_LAMBDA {
+                                   return hn::Mul(Formula()(column), hn::Set(d, kMeanFactor<Formula>));
+                               });
 }
 
 // The mean of nine bytes, rounded, or of 25 bytes, not rounded: 25 times 255 gives 254.

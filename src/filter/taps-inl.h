@@ -23,12 +23,6 @@ HWY_INLINE void forEachVector(Vectors<n>, const Op& op) {
     for (size_t v = 0; v < n; ++v) op(v);
 }
 
-// How far `out` stands behind where stores of whole vectors are aligned.
-template <class D, class Out>
-HWY_INLINE size_t lanesBeyondAlignment(D d, const Out* out) {
-    return reinterpret_cast<uintptr_t>(out) / sizeof(Out) % hn::Lanes(d);
-}
-
 // Calls op(d, x, vectors) on blocks of vectors that cover `count` results from `out` on. Behind the first one, blocks
 // begin where stores are aligned, and the last one begins early enough to end with the results, so some are computed
 // twice. Where the results do not fill a block, op gets single vectors, and where they do not fill a vector, all of
@@ -43,19 +37,7 @@ HWY_INLINE void forOverlapping(Vectors<n> vectors, D d, const Out* out, size_t c
             return forOverlapping(Vectors<1>(), d, out, count, op, few);
         }
     }
-    const size_t last = count - block;
-    size_t step = block - lanesBeyondAlignment(d, out);
-    bool isLast = last == 0;
-    // One call only, so that it is inlined.
-    for (size_t x = 0;;) {
-        op(d, x, vectors);
-        x += step;
-        step = block;
-        if (x < last) continue;
-        if (isLast) return;
-        isLast = true;
-        x = last;
-    }
+    forBlocks(block, block - lanesBeyondAlignment(d, out), count, [&](size_t x) HWY_ATTR { op(d, x, vectors); });
 }
 
 // Where a vector of sums finds the samples of its taps: loaded for each tap, and widened if they are narrower,

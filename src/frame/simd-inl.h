@@ -59,6 +59,30 @@ HWY_INLINE void forVectors(D d, size_t count, const Op& op, size_t x = 0) {
     }
 }
 
+// How far `out` stands behind where stores of whole vectors are aligned.
+template <class D, class Out>
+HWY_INLINE size_t lanesBeyondAlignment(D d, const Out* out) {
+    return reinterpret_cast<uintptr_t>(out) / sizeof(Out) % hn::Lanes(d);
+}
+
+// Calls op(x) on blocks that cover `count` results, at least one block. The first advances by `step`, which may be less
+// than a block, and the last one begins early enough to end with the results: some are computed twice.
+template <class Op>
+HWY_INLINE void forBlocks(size_t block, size_t step, size_t count, const Op& op) {
+    const size_t last = count - block;
+    bool isLast = last == 0;
+    // One call only, so that it is inlined.
+    for (size_t x = 0;;) {
+        op(x);
+        x += step;
+        step = block;
+        if (x < last) continue;
+        if (isLast) return;
+        isLast = true;
+        x = last;
+    }
+}
+
 // How a kernel stores: through the cache, or past it where the address is a vector's.
 struct CachedStore {
     template <class D, class V = hn::Vec<D>>
