@@ -122,9 +122,11 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     const auto filterRows = [&](const Src* p, Mid* const* pRows, int count) {
         rowStage(p, srcStep, pRows, {size.width, count}, beside, borderValue, ahead);
     };
+    int filled = 0;
     FixedColumnKernel<Mid, Dst>* const columnStage = pass.columns;
     const auto filterColumns = [&](Mid* const* pRows, int y, int count) {
-        columnStage(pRows, row(pDst, dstStep, y), dstStep, {size.width, count}, divisor, access);
+        columnStage(pRows, row(pDst, dstStep, y), dstStep, {size.width, count}, divisor, access,
+                    NextRows(row(pSrc, srcStep, filled), srcStep));
     };
 
     // The filtered row y of the slice, which lies above or below it; edgeRow is the filtered row at that edge.
@@ -153,7 +155,6 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
 
     int read = taps - reach;
     int write = taps;
-    int filled = 0;
     int done = 0;
     while (filled < size.height) {
         const int turn = std::min(size.height - filled, filled == 0 ? turnRows + taps - 1 - reach : turnRows);

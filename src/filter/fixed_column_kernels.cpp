@@ -39,6 +39,16 @@ HWY_INLINE void prefetchForStores(Dst* out, int dstStep) {
     for (int i = 0; i < kRows; ++i) hwy::Prefetch(reinterpret_cast<const char*>(row(out, dstStep, i)) + kBytesAhead);
 }
 
+// Asks for bytes of the source that the next turn begins with, while this one has little to wait for. 32f images keep
+// the memory busy throughout.
+template <int kRows, class Mid>
+HWY_INLINE void prefetchNextTurn(const NextRows& next, int y, size_t x) {
+    if constexpr (sizeof(Mid) == sizeof(Qel16s)) {
+#pragma GCC unroll 4
+        for (int i = 0; i < kRows; ++i) hwy::Prefetch(next.at(y + i, x));
+    }
+}
+
 // A store past the cache where the vector's place is aligned, as in all of a row but its ends.
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE void streamAligned(V v, D d, hn::TFromD<D>* p) {
@@ -50,7 +60,8 @@ HWY_INLINE void streamAligned(V v, D d, hn::TFromD<D>* p) {
 // kept at hand: in memory, a store could change them, as far as a compiler knows. With kOnce, op reads what stands at
 // out; else some results are formed twice. Not inlined, because compilers take long for a long function.
 template <int kTaps, int kRows, size_t kGroup, Access kAccess, bool kOnce, class D, class Mid, class Dst, class Op>
-HWY_NOINLINE int columnRows(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, int y, const Op& op) {
+HWY_NOINLINE int columnRows(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, int y,
+                            const NextRows& next, const Op& op) {
     const int secondHalf = intermediateStride(size.width);
     const size_t count = size_t(size.width) / kGroup * kGroup;
     for (; y + kRows <= size.height; y += kRows) {
@@ -60,6 +71,7 @@ HWY_NOINLINE int columnRows(D d, const Mid* const* pRows, Dst* pDst, int dstStep
         const auto resultsAt = [&](auto dx, size_t x) QEL_INLINE_LAMBDA {
             const hn::Rebind<Dst, decltype(dx)> dOut;
             if constexpr (kAccess == Access::kAhead) prefetchForStores<kRows>(out + x, dstStep);
+            if constexpr (kAccess == Access::kStreaming) prefetchNextTurn<kRows, Mid>(next, y, x);
             hn::Vec<decltype(dOut)> results[kRows];
 #pragma GCC unroll 4
             for (int i = 0; i < kRows; ++i)
@@ -93,58 +105,64 @@ HWY_INLINE bool rowsShareLoads(int width, int dstStep) {
 
 // All rows of results, as far as rows have full groups of samples.
 template <int kTaps, size_t kGroup, Access kAccess, bool kOnce, class D, class Mid, class Dst, class Op>
-HWY_INLINE void allColumns(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
+HWY_INLINE void allColumns(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const NextRows& next,
+                           const Op& op) {
     int y = 0;
     if (rowsShareLoads<kAccess, sizeof(Dst) * hn::MaxLanes(D())>(size.width, dstStep)) {
-        y = columnRows<kTaps, 4, kGroup, kAccess, kOnce>(d, pRows, pDst, dstStep, size, y, op);
-        if (y < size.height) y = columnRows<kTaps, 2, kGroup, kAccess, kOnce>(d, pRows, pDst, dstStep, size, y, op);
+        y = columnRows<kTaps, 4, kGroup, kAccess, kOnce>(d, pRows, pDst, dstStep, size, y, next, op);
+        if (y < size.height)
+            y = columnRows<kTaps, 2, kGroup, kAccess, kOnce>(d, pRows, pDst, dstStep, size, y, next, op);
     }
-    if (y < size.height) columnRows<kTaps, 1, kGroup, kAccess, kOnce>(d, pRows, pDst, dstStep, size, y, op);
+    if (y < size.height) columnRows<kTaps, 1, kGroup, kAccess, kOnce>(d, pRows, pDst, dstStep, size, y, next, op);
     finishStores<kAccess == Access::kStreaming>();
 }
 
 // As allColumns for rows of any width: those that do not fill a vector are left to shorter ones.
 template <int kTaps, size_t kGroup, class D, class Mid, class Dst, class Op>
-HWY_INLINE void narrowColumns(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const Op& op) {
+HWY_INLINE void narrowColumns(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const NextRows& next,
+                              const Op& op) {
     constexpr size_t kLeast = HWY_MAX(kGroup, 4);
     if (size_t(size.width) >= hn::Lanes(d)) {
-        allColumns<kTaps, kGroup, Access::kCached, false>(d, pRows, pDst, dstStep, size, op);
+        allColumns<kTaps, kGroup, Access::kCached, false>(d, pRows, pDst, dstStep, size, next, op);
     } else if constexpr (hn::MaxLanes(D()) > kLeast) {
-        narrowColumns<kTaps, kGroup>(hn::Half<D>(), pRows, pDst, dstStep, size, op);
+        narrowColumns<kTaps, kGroup>(hn::Half<D>(), pRows, pDst, dstStep, size, next, op);
     } else if constexpr (kGroup == 1) {
-        allColumns<kTaps, 1, Access::kCached, false>(hn::FixedTag<Mid, 1>(), pRows, pDst, dstStep, size, op);
+        allColumns<kTaps, 1, Access::kCached, false>(hn::FixedTag<Mid, 1>(), pRows, pDst, dstStep, size, next, op);
     }
 }
 
 template <int kTaps, size_t kGroup = 1, class Mid, class Dst, class Op>
-HWY_INLINE void forColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, Access access, const Op& op) {
+HWY_INLINE void forColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, Access access,
+                           const NextRows& next, const Op& op) {
     const hn::ScalableTag<Mid> d;
     constexpr bool kCanStream = hn::MaxLanes(d) * sizeof(Dst) >= 16;
     if (access == Access::kCached || size_t(size.width) < hn::Lanes(d)) {
-        narrowColumns<kTaps, kGroup>(d, pRows, pDst, dstStep, size, op);
+        narrowColumns<kTaps, kGroup>(d, pRows, pDst, dstStep, size, next, op);
     } else if (kCanStream && access == Access::kStreaming) {
-        allColumns<kTaps, kGroup, Access::kStreaming, false>(d, pRows, pDst, dstStep, size, op);
+        allColumns<kTaps, kGroup, Access::kStreaming, false>(d, pRows, pDst, dstStep, size, next, op);
     } else {
-        allColumns<kTaps, kGroup, Access::kAhead, false>(d, pRows, pDst, dstStep, size, op);
+        allColumns<kTaps, kGroup, Access::kAhead, false>(d, pRows, pDst, dstStep, size, next, op);
     }
 }
 
 // The result is the sum itself.
 template <class Formula, class T>
-void filterColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, Access access) {
-    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access,
+void filterColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, Access access,
+                   const NextRows& next) {
+    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access, next,
                                [](auto, const auto& column, const T*) QEL_INLINE_LAMBDA { return Formula()(column); });
 }
 
 // The result is added to what the destination holds: the second pass of the 5x5 Laplacian. That is read into the cache,
 // so stores do not bypass it.
 template <class Formula, class T>
-void addColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, Access access) {
+void addColumns(const T* const* pRows, T* pDst, int dstStep, QelSize size, int, Access access, const NextRows& next) {
     const auto add = [](auto d, const auto& column, const T* out)
                          QEL_INLINE_LAMBDA { return hn::Add(hn::LoadU(d, out), Formula()(column)); };
     const hn::ScalableTag<T> d;
-    access == Access::kCached ? allColumns<Formula::kTaps, 1, Access::kCached, true>(d, pRows, pDst, dstStep, size, add)
-                              : allColumns<Formula::kTaps, 1, Access::kAhead, true>(d, pRows, pDst, dstStep, size, add);
+    access == Access::kCached
+        ? allColumns<Formula::kTaps, 1, Access::kCached, true>(d, pRows, pDst, dstStep, size, next, add)
+        : allColumns<Formula::kTaps, 1, Access::kAhead, true>(d, pRows, pDst, dstStep, size, next, add);
 }
 
 // The mean of 32f sums, by a factor of single precision.
@@ -152,8 +170,9 @@ template <class Formula>
 constexpr Qel32f kMeanFactor = Formula::kTaps == 3 ? 0.11111111F : 0.04F;
 
 template <class Formula>
-void averageColumns(const Qel32f* const* pRows, Qel32f* pDst, int dstStep, QelSize size, int, Access access) {
-    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access,
+void averageColumns(const Qel32f* const* pRows, Qel32f* pDst, int dstStep, QelSize size, int, Access access,
+                    const NextRows& next) {
+    forColumns<Formula::kTaps>(pRows, pDst, dstStep, size, access, next,
                                [](auto d, const auto& column, const Qel32f*) QEL_INLINE_LAMBDA {
                                    return hn::Mul(Formula()(column), hn::Set(d, kMeanFactor<Formula>));
                                });
@@ -168,9 +187,10 @@ template <class Formula>
 constexpr MeanOf8u kMeanOf8u = Formula::kTaps == 3 ? MeanOf8u{5, 7280} : MeanOf8u{0, 2621};
 
 template <class Formula>
-void averageColumnsTo8u(const Qel16s* const* pRows, Qel8u* pDst, int dstStep, QelSize size, int, Access access) {
+void averageColumnsTo8u(const Qel16s* const* pRows, Qel8u* pDst, int dstStep, QelSize size, int, Access access,
+                        const NextRows& next) {
     forColumns<Formula::kTaps>(
-        pRows, pDst, dstStep, size, access, [](auto d, const auto& column, const Qel8u*) QEL_INLINE_LAMBDA {
+        pRows, pDst, dstStep, size, access, next, [](auto d, const auto& column, const Qel8u*) QEL_INLINE_LAMBDA {
             const hn::RebindToUnsigned<decltype(d)> du;
             const auto sum = hn::Add(hn::BitCast(du, Formula()(column)), hn::Set(du, kMeanOf8u<Formula>.half));
             const auto mean = hn::MulHigh(sum, hn::Set(du, kMeanOf8u<Formula>.factor));
@@ -205,9 +225,10 @@ HWY_INLINE Qel8s truncated(Qel16s sum, Qel32f factor) {
 }
 
 template <class Formula>
-void divideColumns(const Qel16s* const* pRows, Qel8s* pDst, int dstStep, QelSize size, int divisor, Access access) {
+void divideColumns(const Qel16s* const* pRows, Qel8s* pDst, int dstStep, QelSize size, int divisor, Access access,
+                   const NextRows& next) {
     const Qel32f factor = 1.0F / static_cast<Qel32f>(divisor);
-    forColumns<Formula::kTaps, kGroup8s>(pRows, pDst, dstStep, size, access,
+    forColumns<Formula::kTaps, kGroup8s>(pRows, pDst, dstStep, size, access, next,
                                          [=](auto d, const auto& column, const Qel8s*)
                                              QEL_INLINE_LAMBDA { return rounded(d, Formula()(column), factor); });
     const hn::FixedTag<Qel16s, 1> one;
