@@ -48,22 +48,24 @@ Turns turnsOf(const FixedPass<Src, Mid, Dst>& pass) {
     return {int{sizeof(Src) + sizeof(Dst)}, filteredRows * int{sizeof(Mid)}, kRowKernels[pass.row].taps};
 }
 
-// Rows of results that a turn gives: a strip or, where rows are long, the part of one that stays in the nearest cache.
-// Where not even one row does, as many as the column stage forms at once, for them to share what they load.
-constexpr int kStripRows = 16;
-constexpr int kRowsAtOnce = 4;
-int rowsPerTurn(const Turns& turns, int width) {
-    for (int rows = kStripRows; rows > 1; rows /= 2)
-        if (turns.stay(rows, width)) return rows;
-    return turns.singleRowPays(width) ? 1 : kRowsAtOnce;
-}
-
 template <class Src, class Dst>
 Access accessTo(QelSize size) {
     const int64_t pixels = int64_t{size.width} * size.height;
     const int64_t halfOfCache = owncvGetCacheSize() / 2;
     if (pixels >= halfOfCache) return Access::kStreaming;
     return pixels * int64_t{sizeof(Src) + sizeof(Dst)} >= halfOfCache ? Access::kAhead : Access::kCached;
+}
+
+// Rows of results that a turn gives: a strip or, where rows are long, the part of one that stays in the nearest cache.
+// Where not even one row does, as many as the column stage forms at once, for them to share what they load. So it is
+// for results that bypass the caches, too: single rows take up to 1.7 times as long there.
+constexpr int kStripRows = 16;
+constexpr int kRowsAtOnce = 4;
+int rowsPerTurn(const Turns& turns, int width, Access access) {
+    const int fewest = access == Access::kStreaming ? kRowsAtOnce : 2;
+    for (int rows = kStripRows; rows >= fewest; rows /= 2)
+        if (turns.stay(rows, width)) return rows;
+    return turns.singleRowPays(width) && access != Access::kStreaming ? 1 : kRowsAtOnce;
 }
 
 // How far ahead of its turn the source is asked for. Along the rows of a cached image, the machine sees to that by
@@ -107,7 +109,8 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     const int reach = taps / 2;
     const int mode = borderMode & kBorderModeMask;
     const int rowSamples = intermediateStride(size.width) * (pass.row == kRowLaplacian3 ? 2 : 1);
-    const int turnRows = rowsPerTurn(turnsOf(pass), size.width);
+    const Access access = accessTo<Src, Dst>(size);
+    const int turnRows = rowsPerTurn(turnsOf(pass), size.width, access);
     const int rowsInUse = turnRows + taps - 1;
 
     // In the scratch: rows for the borders, then those of the ring, which has room for more than are in use; pointers.
@@ -116,7 +119,6 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     const ScratchRows<Mid> rows(carver.take<Mid>(room), room, rowSamples, taps + rowsInUse);
     Mid** const pointers = carver.take<Mid*>(pointerCount(taps));
 
-    const Access access = accessTo<Src, Dst>(size);
     const std::ptrdiff_t ahead = bytesAhead(access, beside, turnRows, srcStep);
     FixedRowKernel<Src, Mid>* const rowStage = pass.rows;
     const auto filterRows = [&](const Src* p, Mid* const* pRows, int count) {
