@@ -19,16 +19,34 @@ struct Laplacian3 {
     }
 };
 
+// The addresses of n source rows and of their second halves, kept at hand: in memory, a store could change them, as far
+// as a compiler knows.
+template <class T, int n>
+struct SourceRows {
+    const T* first[n];
+    const T* second[n];
+
+    HWY_INLINE SourceRows(const T* const* pRows, int width) {
+#pragma GCC unroll 8
+        for (int i = 0; i < n; ++i) {
+            first[i] = pRows[i];
+            second[i] = pRows[i] + intermediateStride(width);
+            // Else it is formed anew for every vector.
+            asm("" : "+r"(second[i]));
+        }
+    }
+};
+
 // The samples of the taps' rows at x.
 template <class D>
 struct Column {
     using T = hn::TFromD<D>;
     const T* const* rows;
+    const T* const* secondHalves;
     size_t x;
-    int secondHalf;
 
     HWY_INLINE hn::Vec<D> operator()(int tap) const { return hn::LoadU(D(), rows[tap] + x); }
-    HWY_INLINE hn::Vec<D> second(int tap) const { return hn::LoadU(D(), rows[tap] + secondHalf + x); }
+    HWY_INLINE hn::Vec<D> second(int tap) const { return hn::LoadU(D(), secondHalves[tap] + x); }
 };
 
 // Asks for the lines that the next stores into kRows rows will fill.
@@ -56,18 +74,15 @@ HWY_INLINE void streamAligned(V v, D d, hn::TFromD<D>* p) {
 }
 
 // Results by op(d, column, out), which gives those at out, of the rows from y on, kRows at once as long as there are as
-// many; returns where they end. All kRows are formed before the first is stored. The addresses of the source rows are
-// kept at hand: in memory, a store could change them, as far as a compiler knows. With kOnce, op reads what stands at
+// many; returns where they end. All kRows are formed before the first is stored. With kOnce, op reads what stands at
 // out; else some results are formed twice. Not inlined, because compilers take long for a long function.
 template <int kTaps, int kRows, size_t kGroup, Access kAccess, bool kOnce, class D, class Mid, class Dst, class Op>
-HWY_NOINLINE int columnRows(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, int y,
-                            const NextRows& next, const Op& op) {
-    const int secondHalf = intermediateStride(size.width);
+HWY_NOINLINE int columnRows(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, int y, NextRows next,
+                            Op op) {
     const size_t count = size_t(size.width) / kGroup * kGroup;
-    for (; y + kRows <= size.height; y += kRows) {
-        const Mid* rows[kRows + kTaps - 1];
-        for (int i = 0; i < kRows + kTaps - 1; ++i) rows[i] = pRows[y + i];
-        Dst* const out = row(pDst, dstStep, y);
+    Dst* out = row(pDst, dstStep, y);
+    for (; y + kRows <= size.height; y += kRows, out = row(out, dstStep, kRows)) {
+        const SourceRows<Mid, kRows + kTaps - 1> rows(pRows + y, size.width);
         const auto resultsAt = [&](auto dx, size_t x) QEL_INLINE_LAMBDA {
             const hn::Rebind<Dst, decltype(dx)> dOut;
             if constexpr (kAccess == Access::kAhead) prefetchForStores<kRows>(out + x, dstStep);
@@ -75,7 +90,7 @@ HWY_NOINLINE int columnRows(D d, const Mid* const* pRows, Dst* pDst, int dstStep
             hn::Vec<decltype(dOut)> results[kRows];
 #pragma GCC unroll 4
             for (int i = 0; i < kRows; ++i)
-                results[i] = op(dx, Column<decltype(dx)>{rows + i, x, secondHalf}, row(out, dstStep, i) + x);
+                results[i] = op(dx, Column<decltype(dx)>{rows.first + i, rows.second + i, x}, row(out, dstStep, i) + x);
 #pragma GCC unroll 4
             for (int i = 0; i < kRows; ++i) {
                 if constexpr (kAccess == Access::kStreaming) {
@@ -232,11 +247,11 @@ void divideColumns(const Qel16s* const* pRows, Qel8s* pDst, int dstStep, QelSize
                                          [=](auto d, const auto& column, const Qel8s*)
                                              QEL_INLINE_LAMBDA { return rounded(d, Formula()(column), factor); });
     const hn::FixedTag<Qel16s, 1> one;
-    const int secondHalf = intermediateStride(size.width);
     for (int y = 0; y < size.height; ++y) {
+        const SourceRows<Qel16s, Formula::kTaps> rows(pRows + y, size.width);
         Qel8s* const out = row(pDst, dstStep, y);
         for (size_t x = size_t(size.width) / kGroup8s * kGroup8s; x < size_t(size.width); ++x)
-            out[x] = truncated(hn::GetLane(Formula()(Column<decltype(one)>{pRows + y, x, secondHalf})), factor);
+            out[x] = truncated(hn::GetLane(Formula()(Column<decltype(one)>{rows.first, rows.second, x})), factor);
     }
 }
 

@@ -70,16 +70,15 @@ HWY_INLINE size_t lanesBeyondAlignment(D d, const Out* out) {
 template <class Op>
 HWY_INLINE void forBlocks(size_t block, size_t step, size_t count, const Op& op) {
     const size_t last = count - block;
-    bool isLast = last == 0;
-    // One call only, so that it is inlined.
-    for (size_t x = 0;;) {
-        op(x);
-        x += step;
-        step = block;
-        if (x < last) continue;
-        if (isLast) return;
-        isLast = true;
-        x = last;
+    size_t x = 0;
+    // The loop comes twice around for the last block, rather than after it, to have op inlined once.
+    for (size_t end = last;; end = count, x = last) {
+        do {
+            op(x);
+            x += step;
+            step = block;
+        } while (x < end);
+        if (x == count) return;
     }
 }
 
