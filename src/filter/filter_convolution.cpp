@@ -128,7 +128,7 @@ void filterConvolution(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, Qel
     FixedColumnKernel<Mid, Dst>* const columnStage = pass.columns;
     const auto filterColumns = [&](Mid* const* pRows, int y, int count) {
         columnStage(pRows, row(pDst, dstStep, y), dstStep, {size.width, count}, divisor, access,
-                    NextRows(row(pSrc, srcStep, filled), srcStep));
+                    {reinterpret_cast<const Qel8u*>(row(pSrc, srcStep, filled)), srcStep});
     };
 
     // The filtered row y of the slice, which lies above or below it; edgeRow is the filtered row at that edge.

@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <type_traits>
 
 #include "filter/fixed_kernels.h"
 
@@ -63,7 +63,7 @@ template <int kRows, class Mid>
 HWY_INLINE void prefetchNextTurn(const NextRows& next, int y, size_t x) {
     if constexpr (sizeof(Mid) == sizeof(Qel16s)) {
 #pragma GCC unroll 4
-        for (int i = 0; i < kRows; ++i) hwy::Prefetch(next.at(y + i, x));
+        for (int i = 0; i < kRows; ++i) hwy::Prefetch(row(next.first, next.step, y + i) + x);
     }
 }
 
@@ -132,17 +132,17 @@ HWY_INLINE void allColumns(D d, const Mid* const* pRows, Dst* pDst, int dstStep,
     finishStores<kAccess == Access::kStreaming>();
 }
 
-// As allColumns for rows of any width: those that do not fill a vector are left to shorter ones.
+// As allColumns for rows of any width: those that do not fill a vector are left to shorter ones, and at last to single
+// samples, which groups never come down to.
 template <int kTaps, size_t kGroup, class D, class Mid, class Dst, class Op>
 HWY_INLINE void narrowColumns(D d, const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, const NextRows& next,
                               const Op& op) {
-    constexpr size_t kLeast = HWY_MAX(kGroup, 4);
-    if (size_t(size.width) >= hn::Lanes(d)) {
-        allColumns<kTaps, kGroup, Access::kCached, false>(d, pRows, pDst, dstStep, size, next, op);
-    } else if constexpr (hn::MaxLanes(D()) > kLeast) {
-        narrowColumns<kTaps, kGroup>(hn::Half<D>(), pRows, pDst, dstStep, size, next, op);
-    } else if constexpr (kGroup == 1) {
-        allColumns<kTaps, 1, Access::kCached, false>(hn::FixedTag<Mid, 1>(), pRows, pDst, dstStep, size, next, op);
+    if (size_t(size.width) >= hn::Lanes(d))
+        return allColumns<kTaps, kGroup, Access::kCached, false>(d, pRows, pDst, dstStep, size, next, op);
+    constexpr size_t kLanes = hn::MaxLanes(D());
+    if constexpr (kLanes > kGroup) {
+        using Narrower = std::conditional_t<(kLanes > 4), hn::Half<D>, hn::FixedTag<Mid, 1>>;
+        narrowColumns<kTaps, kGroup>(Narrower(), pRows, pDst, dstStep, size, next, op);
     }
 }
 

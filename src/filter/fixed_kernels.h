@@ -3,7 +3,6 @@
 #define QELCV_FILTER_FIXED_KERNELS_H_
 
 #include <cstddef>
-#include <cstdint>
 
 #include "frame/image.h"
 #include "frame/kernel.h"
@@ -47,15 +46,10 @@ enum class Access {
     kStreaming,  // likewise, and the stores of some column routines bypass the cache
 };
 
-// The rows of the source that the row stage takes up next, to be asked for but not read: they may lie beyond its end.
-class NextRows {
-public:
-    NextRows(const void* first, std::ptrdiff_t step) : first_(reinterpret_cast<uintptr_t>(first)), step_(step) {}
-    const void* at(int y, size_t byte) const { return reinterpret_cast<const void*>(first_ + y * step_ + byte); }
-
-private:
-    uintptr_t first_;
-    std::ptrdiff_t step_;
+// The bytes of the source that the row stage takes up next, to be asked for but not read: they may lie beyond its end.
+struct NextRows {
+    const Qel8u* first;
+    int step;
 };
 
 // Filters columns: row y of the result is made of the rows pRows[y] and on, as many as the kernel has taps. Only a
