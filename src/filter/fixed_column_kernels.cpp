@@ -146,15 +146,17 @@ HWY_INLINE void narrowColumns(D d, const Mid* const* pRows, Dst* pDst, int dstSt
     }
 }
 
+// As allColumns for rows of any width and either way through the caches.
 template <int kTaps, size_t kGroup = 1, class Mid, class Dst, class Op>
 HWY_INLINE void forColumns(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, Access access,
                            const NextRows& next, const Op& op) {
     const hn::ScalableTag<Mid> d;
-    constexpr bool kCanStream = hn::MaxLanes(d) * sizeof(Dst) >= 16;
+    // Shorter vectors cannot bypass the cache.
+    constexpr Access kFar = hn::MaxLanes(d) * sizeof(Dst) >= 16 ? Access::kStreaming : Access::kAhead;
     if (access == Access::kCached || size_t(size.width) < hn::Lanes(d)) {
         narrowColumns<kTaps, kGroup>(d, pRows, pDst, dstStep, size, next, op);
-    } else if (kCanStream && access == Access::kStreaming) {
-        allColumns<kTaps, kGroup, Access::kStreaming, false>(d, pRows, pDst, dstStep, size, next, op);
+    } else if (access == Access::kStreaming) {
+        allColumns<kTaps, kGroup, kFar, false>(d, pRows, pDst, dstStep, size, next, op);
     } else {
         allColumns<kTaps, kGroup, Access::kAhead, false>(d, pRows, pDst, dstStep, size, next, op);
     }
