@@ -43,7 +43,7 @@ using FixedRowKernel = void(const Src* pSrc, int srcStep, Mid* const* pRows, Qel
 enum class Access {
     kCached,     // they are found in a cache
     kAhead,      // they are not, and asked for ahead of their turn
-    kStreaming,  // likewise, and the stores of some column routines bypass the cache
+    kStreaming,  // likewise, and stores bypass the cache, unless they add to what is there
 };
 
 // The bytes of the source that the row stage takes up next, to be asked for but not read: they may lie beyond its end.
@@ -53,7 +53,7 @@ struct NextRows {
 };
 
 // Filters columns: row y of the result is made of the rows pRows[y] and on, as many as the kernel has taps. Only a
-// result of type 8s is divided.
+// result of type 8s is divided. What comes next may be asked for meanwhile.
 template <class Mid, class Dst>
 using FixedColumnKernel = void(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, int divisor,
                                Access access, const NextRows& next);
