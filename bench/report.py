@@ -31,13 +31,14 @@ Found on the machine of the tables below, with AVX-512 at 4.1 GHz; ns are per pi
   third cache. Nine and more: arithmetic, a product and a sum for each tap in either half, without fusing, and a shuffle
   for each tap along rows. At four of these a cycle, 16 samples of 9 and 15 taps take 6.5 and 11 cycles across and 4.5
   and 7.5 down. C3 at 1920×1080 moves 50 MB: a plain copy is 2.3 times as fast as OpenCV's filter of 3 taps there.
-- **Fixed kernels.** The caches: a turn of the engine takes as many rows as stay in the nearest cache. 3×3 32f moves its
-  images at 70 to 75 % of the rate of copying at 640×480 and at 1920×1080, where a single row goes through the ring at a
-  time; the results are read into the cache before they are written, so little more is possible. Rows too long for that
-  go in stripes of columns: 5×5 32f at 1920×1080, the Laplacian. Images beyond the caches go whole, because memory is
-  read ahead along rows. They are asked for ahead of their turn, 8u images already while the columns of the turn before
-  it are formed, and their results bypass the caches: 3×3 moves them at 59 % (8u8s Laplacian), 60 and 65 % (the other
-  Laplacians; 8u8s Scharr, vertical) or 75 % and more (all others) of the rate of copying.
+- **Fixed kernels.** The caches: a turn of the engine takes as many rows as stay in the nearest cache. 3×3 32f moves
+  its images at 77 to 84 % of the rate of copying at 640×480 and 61 to 78 % at 1920×1080, where a single row goes
+  through the ring at a time (the Laplacian: 68 and 56 %); the results are read into the cache before they are
+  written, so little more is possible. Rows too long for that go in stripes of columns: 5×5 32f at 1920×1080, the
+  Laplacian. Images beyond the caches go whole, because memory is read ahead along rows. They are asked for ahead of
+  their turn, 8u images already while the columns of the turn before it are formed, and their results bypass the
+  caches: 3×3 moves them at 59 % (8u8s Laplacian), 60 and 65 % (the other Laplacians; 8u8s Scharr, vertical) or 75 %
+  and more (all others) of the rate of copying.
 - **Gaussian.** As the pairs of pipelines. Only its half along rows runs on threads.
 - **Means and deviations of 32f.** `qeliMean_32f_C1MR` adds in a fixed order in four chains, 0.48 ns per addition: at
   64×64 all of its time, as in the unmasked deviations. `qeliMean_32f_C3CMR` is a single chain, avoided where no
