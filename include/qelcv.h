@@ -19,7 +19,13 @@
 #ifndef QELCV_H_
 #define QELCV_H_
 
+#include "qelcv/detect.h"
+#include "qelcv/distance.h"
+#include "qelcv/feature.h"
 #include "qelcv/filter.h"
+#include "qelcv/morph.h"
+#include "qelcv/pyramid.h"
+#include "qelcv/segment.h"
 #include "qelcv/stats.h"
 #include "qelcv/types.h"
 #include "qelcv/version.h"

@@ -27,7 +27,7 @@ qelStatus checkColumns(const Src* const* pRowSrc, const T* pDst, int dstStep, Qe
 }
 
 bool columnsRunParallel(QelSize roiSize, int kernelSize) {
-    return reachesPerThread(roiSize, 15) && runsepomp(kernelSize) != 0;
+    return kSeparable.reachedBy(roiSize) && runsepomp(kernelSize) != 0;
 }
 
 // The kernels of one pair of types, by their taps.

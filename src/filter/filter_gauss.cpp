@@ -81,7 +81,7 @@ int rowsPerTurn(int width, int kernelSize) {
 // threads.
 int rowsKept(QelSize roiSize, int kernelSize, int mode, int rows) {
     const bool wraps = mode == qelBorderWrap || roiSize.height <= kernelSize;
-    const bool parallel = ownGetNumThreads() > 1 && reachesPerThread(roiSize, 15) && runsepomp(kernelSize) != 0;
+    const bool parallel = ownGetNumThreads() > 1 && kSeparable.reachedBy(roiSize) && runsepomp(kernelSize) != 0;
     return wraps || parallel ? rows : std::min(rows, rowsPerTurn(roiSize.width, kernelSize) + kernelSize - 1);
 }
 

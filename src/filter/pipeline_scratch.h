@@ -1,12 +1,15 @@
-// The caller's scratch of a row or column pipeline.
+// What row and column pipelines share: when they go to threads, and the caller's scratch.
 #ifndef QELCV_FILTER_PIPELINE_SCRATCH_H_
 #define QELCV_FILTER_PIPELINE_SCRATCH_H_
 
 #include "frame/image.h"
+#include "frame/rows.h"
 #include "frame/scratch.h"
 #include "frame/threads.h"
 
 namespace qel {
+
+constexpr ParallelFrom kSeparable = {.perThread = 1 << 15};
 
 // One equal part for each thread that may run. A part has room for a pointer to each row it may read or write, for
 // `ownBytes` bytes of the pipeline's own, and for moving its start to a multiple of 32.

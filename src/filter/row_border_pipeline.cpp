@@ -167,7 +167,7 @@ qelStatus filterRows(const T* pSrc, int srcStep, Out* const* pRowDst, QelSize ro
 
     const PipelineScratch scratch = ownBytes.layout(roiSize, filter.kernelSize);
     std::atomic<bool> complete = true;
-    forRows(roiSize, worthThreads && reachesPerThread(roiSize, 15), [&](const Share& s) {
+    forRows(roiSize, worthThreads && kSeparable.reachedBy(roiSize), [&](const Share& s) {
         Out* const* const rows = pRowDst + s.y;
         const int height = rowsAheadOfNull(rows, s.size.height);
         if (height < s.size.height) complete = false;

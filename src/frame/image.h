@@ -19,6 +19,16 @@ inline T* row(T* p, int step, int y) {
     return reinterpret_cast<T*>(reinterpret_cast<Byte*>(p) + static_cast<std::ptrdiff_t>(step) * y);
 }
 
+// The rows of an image: where the first begins, and the bytes from one to the next.
+template <class T>
+struct Plane {
+    T* p;
+    int step;
+
+    T* row(int y) const { return qel::row(p, step, y); }
+    Plane from(int y) const { return {row(y), step}; }
+};
+
 // A sample at any address: a region need not be aligned to its samples.
 template <class T>
 inline T sampleAt(const T* p) {

@@ -10,13 +10,25 @@
 
 namespace qel {
 
-// From this area on, element-wise functions take the parallel path.
-constexpr int kElementwiseLimit = 0x40000;
+// From how many pixels on the rows of a region go to threads: in all, for each thread of the limit, or for each of them
+// where there are several cores to run them. One limit that is reached is enough.
+struct ParallelFrom {
+    static constexpr int64_t kNever = INT64_MAX;
+    int64_t inAll = kNever;
+    int64_t perThread = kNever;
+    int64_t perThreadOnCores = kNever;
 
-// Limits that grow with the thread limit: 2 to the power log2Pixels for each thread.
-inline bool reachesPerThread(QelSize roi, int log2Pixels) {
-    return area(roi) >= int64_t{owncvGetMaxNumThreads()} << log2Pixels;
-}
+    bool reachedBy(QelSize roi) const {
+        if (area(roi) >= inAll) return true;
+        const auto reached = [pixels = area(roi)](int64_t limit) {
+            return limit != kNever && pixels >= limit * owncvGetMaxNumThreads();
+        };
+        return reached(perThread) || (reached(perThreadOnCores) && runomp() != 0);
+    }
+};
+
+// Functions that work element by element.
+constexpr ParallelFrom kElementwise = {.inAll = 0x40000};
 
 // The rows of one thread: `size.height` of them from row y of the region.
 struct Share {

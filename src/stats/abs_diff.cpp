@@ -20,7 +20,7 @@ qelStatus absDiff(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, T*
     if (status != qelStatusOk) return status;
 
     const QelSize size = samples(roiSize, channels);
-    forRows(size, area(size) >= kElementwiseLimit, [&](const Share& s) {
+    forRows(size, kElementwise.reachedBy(size), [&](const Share& s) {
         AbsDiffKernel<T>* const kernel = pick(kernels, s.size);
         kernel(row(pSrc1, src1Step, s.y), src1Step, row(pSrc2, src2Step, s.y), src2Step, row(pDst, dstStep, s.y),
                dstStep, s.size);
@@ -34,7 +34,7 @@ qelStatus absDiffC(const T* pSrc, int srcStep, T* pDst, int dstStep, QelSize roi
         Check().pointers(pSrc, pDst).size(roiSize).steps(rowOf<T>(roiSize.width), srcStep, dstStep).status();
     if (status != qelStatusOk) return status;
 
-    forRows(roiSize, area(roiSize) >= kElementwiseLimit, [&](const Share& s) {
+    forRows(roiSize, kElementwise.reachedBy(roiSize), [&](const Share& s) {
         AbsDiffCKernel<T>* const kernel = pick(kernels, s.size);
         kernel(row(pSrc, srcStep, s.y), srcStep, row(pDst, dstStep, s.y), dstStep, s.size, value);
     });

@@ -31,7 +31,7 @@ qelStatus add(const T* pSrc, int srcStep, Qel32f* pSrcDst, int srcDstStep, QelSi
         checkSteps<T>(Check().pointers(pSrc, pSrcDst).size(roiSize), roiSize.width, {srcStep}, {}, srcDstStep);
     if (status != qelStatusOk) return status;
 
-    forRows(roiSize, area(roiSize) >= kElementwiseLimit, [&](const Share& s) {
+    forRows(roiSize, kElementwise.reachedBy(roiSize), [&](const Share& s) {
         kernel(row(pSrc, srcStep, s.y), srcStep, row(pSrcDst, srcDstStep, s.y), srcDstStep, s.size, value...);
     });
     return qelStatusOk;
@@ -44,7 +44,7 @@ qelStatus addMasked(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep
                                            {srcStep}, {maskStep}, srcDstStep);
     if (status != qelStatusOk) return status;
 
-    forRows(roiSize, area(roiSize) >= kElementwiseLimit, [&](const Share& s) {
+    forRows(roiSize, kElementwise.reachedBy(roiSize), [&](const Share& s) {
         kernel(row(pSrc, srcStep, s.y), srcStep, row(pMask, maskStep, s.y), maskStep, row(pSrcDst, srcDstStep, s.y),
                srcDstStep, s.size);
     });
@@ -59,7 +59,7 @@ qelStatus addWeightedMasked(const T* pSrc, int srcStep, const Qel8u* pMask, int 
                                            {srcStep}, {maskStep}, srcDstStep);
     if (status != qelStatusOk) return status;
 
-    forRows(roiSize, area(roiSize) >= kElementwiseLimit, [&](const Share& s) {
+    forRows(roiSize, kElementwise.reachedBy(roiSize), [&](const Share& s) {
         kernel(row(pSrc, srcStep, s.y), srcStep, row(pMask, maskStep, s.y), maskStep, row(pSrcDst, srcDstStep, s.y),
                srcDstStep, s.size, alpha, outgrowsCache(bytesPerPixel, s.size));
     });
@@ -73,7 +73,7 @@ qelStatus addProduct(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step,
                                            {src1Step, src2Step}, {}, srcDstStep);
     if (status != qelStatusOk) return status;
 
-    forRows(roiSize, area(roiSize) >= kElementwiseLimit, [&](const Share& s) {
+    forRows(roiSize, kElementwise.reachedBy(roiSize), [&](const Share& s) {
         kernel(row(pSrc1, src1Step, s.y), src1Step, row(pSrc2, src2Step, s.y), src2Step, row(pSrcDst, srcDstStep, s.y),
                srcDstStep, s.size);
     });
@@ -88,7 +88,7 @@ qelStatus addProductMasked(const T* pSrc1, int src1Step, const T* pSrc2, int src
                                            {src1Step, src2Step}, {maskStep}, srcDstStep);
     if (status != qelStatusOk) return status;
 
-    forRows(roiSize, area(roiSize) >= kElementwiseLimit, [&](const Share& s) {
+    forRows(roiSize, kElementwise.reachedBy(roiSize), [&](const Share& s) {
         kernel(row(pSrc1, src1Step, s.y), src1Step, row(pSrc2, src2Step, s.y), src2Step, row(pMask, maskStep, s.y),
                maskStep, row(pSrcDst, srcDstStep, s.y), srcDstStep, s.size, outgrowsCache(bytesPerPixel, s.size));
     });

@@ -9,13 +9,11 @@
 namespace qel {
 namespace {
 
-// Which regions go to threads.
-using Path = bool(QelSize roi);
-
-bool serial(QelSize) { return false; }
-bool perThread16(QelSize roi) { return reachesPerThread(roi, 16); }
-bool perThread17(QelSize roi) { return reachesPerThread(roi, 17); }
-bool perThread17AndCores(QelSize roi) { return reachesPerThread(roi, 17) && runomp() != 0; }
+// When the rows go to threads.
+constexpr ParallelFrom kSerial = {};
+constexpr ParallelFrom kFrom16 = {.perThread = 1 << 16};
+constexpr ParallelFrom kFrom17 = {.perThread = 1 << 17};
+constexpr ParallelFrom kCoresFrom17 = {.perThreadOnCores = 1 << 17};
 
 // The 32f kernels of whole regions, by area and alignment. Two kernels of one area differ in how they fold, so the
 // choice shows in the last bits of the result.
@@ -64,8 +62,8 @@ qelStatus checked(Check check, const Samples<T>& in, Layout layout) {
 }
 
 template <class T>
-qelStatus sumRegion(const Samples<T>& in, SumKernel<T>* kernel, Path* path, Sums* pSums) {
-    if (!path(in.roiSize)) {
+qelStatus sumRegion(const Samples<T>& in, SumKernel<T>* kernel, const ParallelFrom& from, Sums* pSums) {
+    if (!from.reachedBy(in.roiSize)) {
         // Not as a share: a copy of what has just been stored, field by field, waits for the stores, which tells in a
         // small region.
         kernel(in, pSums);
@@ -88,11 +86,11 @@ qelStatus sumRegion(const Samples<T>& in, SumKernel<T>* kernel, Path* path, Sums
 Qel64f meanOf(const Sums& sums) { return sums.count == 0 ? 0.0 : sums.sum / static_cast<Qel64f>(sums.count); }
 
 template <class T>
-qelStatus mean(const Samples<T>& in, Layout layout, SumKernel<T>* kernel, Path* path, Qel64f* pMean) {
+qelStatus mean(const Samples<T>& in, Layout layout, SumKernel<T>* kernel, const ParallelFrom& from, Qel64f* pMean) {
     qelStatus status = checked(Check().pointers(pMean), in, layout);
     if (status != qelStatusOk) return status;
     Sums sums;
-    status = sumRegion(in, kernel, path, &sums);
+    status = sumRegion(in, kernel, from, &sums);
     if (status == qelStatusOk) *pMean = meanOf(sums);
     return status;
 }
@@ -136,12 +134,12 @@ struct Corrected {
 };
 
 template <class T, class Kernels, class Correct>
-qelStatus meanStdDev(const Samples<T>& in, Layout layout, const Kernels& kernels, Path* path, const Correct& correct,
-                     Qel64f* pMean, Qel64f* pStdDev) {
+qelStatus meanStdDev(const Samples<T>& in, Layout layout, const Kernels& kernels, const ParallelFrom& from,
+                     const Correct& correct, Qel64f* pMean, Qel64f* pStdDev) {
     qelStatus status = checked(Check(), in, layout);
     if (status != qelStatusOk) return status;
     Sums sums;
-    status = sumRegion(in, pick(kernels, in), path, &sums);
+    status = sumRegion(in, pick(kernels, in), from, &sums);
     if (status != qelStatusOk) return status;
 
     const Qel64f mean = meanOf(sums);
@@ -158,21 +156,20 @@ qelStatus meanStdDev(const Samples<T>& in, Layout layout, const Kernels& kernels
 }  // namespace
 }  // namespace qel
 
-#define MEAN_C1MR(name, T, kernel, path)                                                                           \
+#define MEAN_C1MR(name, T, kernel, from)                                                                           \
     qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pMean) { \
-        return qel::mean<T>({pSrc, srcStep, pMask, maskStep, roiSize, 1}, qel::kC1MR, kernel, path, pMean);        \
+        return qel::mean<T>({pSrc, srcStep, pMask, maskStep, roiSize, 1}, qel::kC1MR, kernel, from, pMean);        \
     }
-MEAN_C1MR(qeliMean_8u_C1MR, Qel8u, qel::ownSum_8u_C1MR_W7, qel::serial)
-MEAN_C1MR(qeliMean_8s_C1MR, Qel8s, qel::ownSum_8s_C1MR_W7, qel::perThread17)
-MEAN_C1MR(qeliMean_16u_C1MR, Qel16u, qel::ownSum_16u_C1MR_W7, qel::perThread17)
-MEAN_C1MR(qeliMean_32f_C1MR, Qel32f, qel::ownSum_32f_C1MR_W7, qel::perThread17)
+MEAN_C1MR(qeliMean_8u_C1MR, Qel8u, qel::ownSum_8u_C1MR_W7, qel::kSerial)
+MEAN_C1MR(qeliMean_8s_C1MR, Qel8s, qel::ownSum_8s_C1MR_W7, qel::kFrom17)
+MEAN_C1MR(qeliMean_16u_C1MR, Qel16u, qel::ownSum_16u_C1MR_W7, qel::kFrom17)
+MEAN_C1MR(qeliMean_32f_C1MR, Qel32f, qel::ownSum_32f_C1MR_W7, qel::kFrom17)
 #undef MEAN_C1MR
 
-#define MEAN_C3CMR(name, T, kernel)                                                                                \
-    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,         \
-                   Qel64f* pMean) {                                                                                \
-        return qel::mean<T>({pSrc, srcStep, pMask, maskStep, roiSize, coi}, qel::kC3CMR, kernel, qel::perThread17, \
-                            pMean);                                                                                \
+#define MEAN_C3CMR(name, T, kernel)                                                                                    \
+    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,             \
+                   Qel64f* pMean) {                                                                                    \
+        return qel::mean<T>({pSrc, srcStep, pMask, maskStep, roiSize, coi}, qel::kC3CMR, kernel, qel::kFrom17, pMean); \
     }
 MEAN_C3CMR(qeliMean_8u_C3CMR, Qel8u, qel::ownSum_8u_C3CMR_W7)
 MEAN_C3CMR(qeliMean_8s_C3CMR, Qel8s, qel::ownSum_8s_C3CMR_W7)
@@ -180,52 +177,52 @@ MEAN_C3CMR(qeliMean_16u_C3CMR, Qel16u, qel::ownSum_16u_C3CMR_W7)
 MEAN_C3CMR(qeliMean_32f_C3CMR, Qel32f, qel::ownSum_32f_C3CMR_W7)
 #undef MEAN_C3CMR
 
-#define MEAN_STD_DEV_C1R(name, T, kernel, path, correct)                                                            \
+#define MEAN_STD_DEV_C1R(name, T, kernel, from, correct)                                                            \
     qelStatus name(const T* pSrc, int srcStep, QelSize roiSize, Qel64f* pMean, Qel64f* pStdDev) {                   \
-        return qel::meanStdDev<T>({pSrc, srcStep, nullptr, 0, roiSize, 1}, qel::kC1R, kernel, path, correct, pMean, \
+        return qel::meanStdDev<T>({pSrc, srcStep, nullptr, 0, roiSize, 1}, qel::kC1R, kernel, from, correct, pMean, \
                                   pStdDev);                                                                         \
     }
-MEAN_STD_DEV_C1R(qeliMean_StdDev_8u_C1R, Qel8u, qel::ownSumSq_8u_C1R_W7, qel::perThread17AndCores, qel::Exact())
-MEAN_STD_DEV_C1R(qeliMean_StdDev_8s_C1R, Qel8s, qel::ownSumSq_8s_C1R_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C1R(qeliMean_StdDev_16u_C1R, Qel16u, qel::ownSumSq_16u_C1R_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C1R(qeliMean_StdDev_32f_C1R, Qel32f, qel::kSumSq_32f_C1R, qel::perThread16,
+MEAN_STD_DEV_C1R(qeliMean_StdDev_8u_C1R, Qel8u, qel::ownSumSq_8u_C1R_W7, qel::kCoresFrom17, qel::Exact())
+MEAN_STD_DEV_C1R(qeliMean_StdDev_8s_C1R, Qel8s, qel::ownSumSq_8s_C1R_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C1R(qeliMean_StdDev_16u_C1R, Qel16u, qel::ownSumSq_16u_C1R_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C1R(qeliMean_StdDev_32f_C1R, Qel32f, qel::kSumSq_32f_C1R, qel::kFrom16,
                  qel::Corrected{qel::ownSq_32f_C1R_W7})
 #undef MEAN_STD_DEV_C1R
 
-#define MEAN_STD_DEV_C3CR(name, T, kernel, path, correct)                                                              \
+#define MEAN_STD_DEV_C3CR(name, T, kernel, from, correct)                                                              \
     qelStatus name(const T* pSrc, int srcStep, QelSize roiSize, int coi, Qel64f* pMean, Qel64f* pStdDev) {             \
-        return qel::meanStdDev<T>({pSrc, srcStep, nullptr, 0, roiSize, coi}, qel::kC3CR, kernel, path, correct, pMean, \
+        return qel::meanStdDev<T>({pSrc, srcStep, nullptr, 0, roiSize, coi}, qel::kC3CR, kernel, from, correct, pMean, \
                                   pStdDev);                                                                            \
     }
-MEAN_STD_DEV_C3CR(qeliMean_StdDev_8u_C3CR, Qel8u, qel::ownSumSq_8u_C3CR_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C3CR(qeliMean_StdDev_8s_C3CR, Qel8s, qel::ownSumSq_8s_C3CR_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C3CR(qeliMean_StdDev_16u_C3CR, Qel16u, qel::ownSumSq_16u_C3CR_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C3CR(qeliMean_StdDev_32f_C3CR, Qel32f, qel::kSumSq_32f_C3CR, qel::serial,
+MEAN_STD_DEV_C3CR(qeliMean_StdDev_8u_C3CR, Qel8u, qel::ownSumSq_8u_C3CR_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C3CR(qeliMean_StdDev_8s_C3CR, Qel8s, qel::ownSumSq_8s_C3CR_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C3CR(qeliMean_StdDev_16u_C3CR, Qel16u, qel::ownSumSq_16u_C3CR_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C3CR(qeliMean_StdDev_32f_C3CR, Qel32f, qel::kSumSq_32f_C3CR, qel::kSerial,
                   qel::Corrected{qel::ownSq_32f_C3CR_W7})
 #undef MEAN_STD_DEV_C3CR
 
-#define MEAN_STD_DEV_C1MR(name, T, kernel, path, correct)                                                          \
+#define MEAN_STD_DEV_C1MR(name, T, kernel, from, correct)                                                          \
     qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pMean,   \
                    Qel64f* pStdDev) {                                                                              \
-        return qel::meanStdDev<T>({pSrc, srcStep, pMask, maskStep, roiSize, 1}, qel::kC1MR, kernel, path, correct, \
+        return qel::meanStdDev<T>({pSrc, srcStep, pMask, maskStep, roiSize, 1}, qel::kC1MR, kernel, from, correct, \
                                   pMean, pStdDev);                                                                 \
     }
-MEAN_STD_DEV_C1MR(qeliMean_StdDev_8u_C1MR, Qel8u, qel::ownSumSq_8u_C1MR_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C1MR(qeliMean_StdDev_8s_C1MR, Qel8s, qel::ownSumSq_8s_C1MR_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C1MR(qeliMean_StdDev_16u_C1MR, Qel16u, qel::ownSumSq_16u_C1MR_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C1MR(qeliMean_StdDev_32f_C1MR, Qel32f, qel::ownSumSq_32f_C1MR_W7, qel::perThread17,
+MEAN_STD_DEV_C1MR(qeliMean_StdDev_8u_C1MR, Qel8u, qel::ownSumSq_8u_C1MR_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C1MR(qeliMean_StdDev_8s_C1MR, Qel8s, qel::ownSumSq_8s_C1MR_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C1MR(qeliMean_StdDev_16u_C1MR, Qel16u, qel::ownSumSq_16u_C1MR_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C1MR(qeliMean_StdDev_32f_C1MR, Qel32f, qel::ownSumSq_32f_C1MR_W7, qel::kFrom17,
                   qel::Corrected{qel::ownSq_32f_C1MR_W7})
 #undef MEAN_STD_DEV_C1MR
 
-#define MEAN_STD_DEV_C3CMR(name, T, kernel, path, correct)                                                            \
+#define MEAN_STD_DEV_C3CMR(name, T, kernel, from, correct)                                                            \
     qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,            \
                    Qel64f* pMean, Qel64f* pStdDev) {                                                                  \
-        return qel::meanStdDev<T>({pSrc, srcStep, pMask, maskStep, roiSize, coi}, qel::kC3CMR, kernel, path, correct, \
+        return qel::meanStdDev<T>({pSrc, srcStep, pMask, maskStep, roiSize, coi}, qel::kC3CMR, kernel, from, correct, \
                                   pMean, pStdDev);                                                                    \
     }
-MEAN_STD_DEV_C3CMR(qeliMean_StdDev_8u_C3CMR, Qel8u, qel::ownSumSq_8u_C3CMR_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C3CMR(qeliMean_StdDev_8s_C3CMR, Qel8s, qel::ownSumSq_8s_C3CMR_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C3CMR(qeliMean_StdDev_16u_C3CMR, Qel16u, qel::ownSumSq_16u_C3CMR_W7, qel::perThread17, qel::Exact())
-MEAN_STD_DEV_C3CMR(qeliMean_StdDev_32f_C3CMR, Qel32f, qel::ownSumSq_32f_C3CMR_W7, qel::perThread17,
+MEAN_STD_DEV_C3CMR(qeliMean_StdDev_8u_C3CMR, Qel8u, qel::ownSumSq_8u_C3CMR_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C3CMR(qeliMean_StdDev_8s_C3CMR, Qel8s, qel::ownSumSq_8s_C3CMR_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C3CMR(qeliMean_StdDev_16u_C3CMR, Qel16u, qel::ownSumSq_16u_C3CMR_W7, qel::kFrom17, qel::Exact())
+MEAN_STD_DEV_C3CMR(qeliMean_StdDev_32f_C3CMR, Qel32f, qel::ownSumSq_32f_C3CMR_W7, qel::kFrom17,
                    qel::Corrected{qel::ownSq_32f_C3CMR_W7})
 #undef MEAN_STD_DEV_C3CMR

@@ -8,8 +8,8 @@
 namespace qel {
 namespace {
 
-// From this area on rows go to threads, for every type and form.
-constexpr int kMinMaxLimit = 0x4000;
+// When rows go to threads, for every type and form.
+constexpr ParallelFrom kMinMax = {.inAll = 0x4000};
 
 // The samples that take part: those of one channel, where a mask is given under its bytes other than zero.
 template <class T>
@@ -75,7 +75,7 @@ qelStatus findExtremes(const Source<T>& s, const Kernels<T>& kernels, const Outp
         return e;
     };
     Extremes<T> extremes;
-    if (area(s.roiSize) < kMinMaxLimit) {
+    if (!kMinMax.reachedBy(s.roiSize)) {
         // Not by way of ofShare: the fields have just been stored one by one, and copying them as one would wait for
         // the stores, which tells in a small region.
         ofRows(s.pSrc, s.srcStep, s.pMask, s.maskStep, s.roiSize, s.coi, &extremes);

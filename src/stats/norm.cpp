@@ -11,26 +11,14 @@ namespace {
 
 enum class Norm { Inf, L1, L2 };
 
-// When the rows go to threads: from two to this power pixels per thread on, where there are cores to run them, or on
-// any machine.
-struct ParallelFrom {
-    static constexpr int kNever = 0;
-    int log2WithCores;
-    int log2;
-
-    bool reachedBy(QelSize roi) const {
-        return (log2 != kNever && reachesPerThread(roi, log2)) ||
-               (log2WithCores != kNever && reachesPerThread(roi, log2WithCores) && runomp() != 0);
-    }
-};
-
-constexpr ParallelFrom kSerial = {ParallelFrom::kNever, ParallelFrom::kNever};
-constexpr ParallelFrom kFrom15 = {ParallelFrom::kNever, 15};
-constexpr ParallelFrom kFrom17 = {ParallelFrom::kNever, 17};
-constexpr ParallelFrom kFrom19 = {ParallelFrom::kNever, 19};
-constexpr ParallelFrom kCoresFrom15 = {15, ParallelFrom::kNever};
-constexpr ParallelFrom kCoresFrom17 = {17, ParallelFrom::kNever};
-constexpr ParallelFrom kCoresFrom15ElseFrom17 = {15, 17};
+// When the rows go to threads.
+constexpr ParallelFrom kSerial = {};
+constexpr ParallelFrom kFrom15 = {.perThread = 1 << 15};
+constexpr ParallelFrom kFrom17 = {.perThread = 1 << 17};
+constexpr ParallelFrom kFrom19 = {.perThread = 1 << 19};
+constexpr ParallelFrom kCoresFrom15 = {.perThreadOnCores = 1 << 15};
+constexpr ParallelFrom kCoresFrom17 = {.perThreadOnCores = 1 << 17};
+constexpr ParallelFrom kCoresFrom15ElseFrom17 = {.perThread = 1 << 17, .perThreadOnCores = 1 << 15};
 
 // A kernel for runs of fewer pixels than kLargeRun, and one for those whose sum 32 bits may not hold.
 struct ByRun {
@@ -57,7 +45,7 @@ void mergeSum(NormSums& total, const NormSums& share) {
 // Checks the arguments, then runs the kernel over the region.
 template <class T, class Kernels>
 qelStatus sumsOf(const NormRegion<T>& region, int channels, const Qel64f* pValue, const Kernels& kernels, Norm norm,
-                 ParallelFrom from, NormSums* pSums) {
+                 const ParallelFrom& from, NormSums* pSums) {
     const qelStatus status = Check()
                                  .pointers(region.pSrc1, region.pSrc2, region.pMask, pValue)
                                  .size(region.size)
@@ -88,7 +76,7 @@ qelStatus sumsOf(const NormRegion<T>& region, int channels, const Qel64f* pValue
 
 template <class T, class Kernels>
 qelStatus norm(const NormRegion<T>& region, int channels, Qel64f* pValue, const Kernels& kernels, Norm norm,
-               ParallelFrom from) {
+               const ParallelFrom& from) {
     NormSums sums;
     const qelStatus status = sumsOf(region, channels, pValue, kernels, norm, from, &sums);
     if (status != qelStatusOk) return status;
@@ -100,7 +88,7 @@ qelStatus norm(const NormRegion<T>& region, int channels, Qel64f* pValue, const 
 // Without anything to be relative to, 0 / 0 is a NaN and x / 0 infinite, both with a warning. A NaN is not above zero.
 template <class T, class Kernels>
 qelStatus relativeNorm(const NormRegion<T>& region, int channels, Qel64f* pValue, const Kernels& kernels, Norm norm,
-                       ParallelFrom from) {
+                       const ParallelFrom& from) {
     NormSums sums;
     const qelStatus status = sumsOf(region, channels, pValue, kernels, norm, from, &sums);
     if (status != qelStatusOk) return status;

@@ -133,9 +133,10 @@ TEST_F(Rows, AFailedTableIsReportedAndNothingRuns) {
 
 TEST_F(Rows, LimitsGrowWithTheThreadLimit) {
     kit::core().threads = 3;
-    EXPECT_TRUE(reachesPerThread({3 << 15, 4}, 17));
-    EXPECT_FALSE(reachesPerThread({(3 << 17) - 1, 1}, 17));
-    EXPECT_FALSE(reachesPerThread({0x10000, 0x8000}, 15)) << "an area that wraps to negative is small";
+    EXPECT_TRUE(ParallelFrom{.perThread = 1 << 17}.reachedBy({3 << 15, 4}));
+    EXPECT_FALSE(ParallelFrom{.perThread = 1 << 17}.reachedBy({(3 << 17) - 1, 1}));
+    EXPECT_FALSE(ParallelFrom{.perThread = 1 << 15}.reachedBy({0x10000, 0x8000}))
+        << "an area that wraps to negative is small";
 }
 
 TEST_F(Rows, WrappersTellWhatTheCoreLibraryTells) {
