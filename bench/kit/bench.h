@@ -35,6 +35,14 @@ struct Shape {
     int border = 0;
 };
 
+// Where images begin, in bytes from a line of the cache, and how long their steps are. Large blocks of malloc begin 16
+// bytes off a line, and a region begins anywhere.
+struct Place {
+    const char* name;
+    int offset;
+    bool mixed;  // each image begins 16 bytes further than the one before it; no step is a multiple of a line
+};
+
 // Random bits, the same on every run.
 class Noise {
 public:
@@ -71,7 +79,7 @@ class Case {
 public:
     enum class Build { O3, O2 };
 
-    explicit Case(QelSize size) : size_(size) {}
+    explicit Case(QelSize size, Place place = {"0", 0, false}) : size_(size), place_(place) {}
     Case(const Case&) = delete;
     Case& operator=(const Case&) = delete;
 
@@ -98,7 +106,7 @@ public:
     // Numbers that the function writes, such as a norm. They are compared, but do not count as moved.
     template <class T>
     T* values(int count) {
-        return image<T>({.size = {count, 1}}, 0, 0).data;
+        return image<T>({.size = {count, 1}}, 0, 0, {"0", 0, false}).data;
     }
 
     // Memory of any contents, not compared.
@@ -170,25 +178,38 @@ private:
         };
     }
 
+    static constexpr int kLine = 64;
+
+    static int stepOf(int rowBytes, Place place) {
+        if (!place.mixed) return (rowBytes + kLine - 1) & -kLine;
+        const int step = (rowBytes + 15) & -16;
+        return step % kLine == 0 ? step + 16 : step;
+    }
+
     template <class T>
     Image<T> image(Shape shape, int reads, int writes) {
+        return image<T>(shape, reads, writes, place_);
+    }
+    template <class T>
+    Image<T> image(Shape shape, int reads, int writes, Place place) {
         const QelSize size = shape.size.width == 0 ? size_ : shape.size;
         const int rowBytes = (size.width + 2 * shape.border) * shape.channels * int(sizeof(T));
-        const int step = (rowBytes + 63) & ~63;
+        const int step = stepOf(rowBytes, place);
         const size_t border = size_t(step) * shape.border + shape.border * shape.channels * sizeof(T);
         moved_ += double(size.width) * size.height * shape.channels * sizeof(T) * (reads + writes);
         writes_ |= writes != 0;
         if (build_ == Build::O3) {
-            Block& block = allocate(size_t(step) * (size.height + 2 * shape.border), border);
+            Block& block = allocate(size_t(step) * (size.height + 2 * shape.border), border, place);
             Noise(uint32_t(blocks_.size())).fill(reinterpret_cast<T*>(block.memory.get()), block.bytes / sizeof(T));
             if constexpr (std::is_floating_point_v<T>) block.close = close<T>;
         }
         return {reinterpret_cast<T*>(blocks_[replayed_++].first), step, size, shape.channels};
     }
 
-    Block& allocate(size_t bytes, size_t border);
+    Block& allocate(size_t bytes, size_t border, Place place);
 
     QelSize size_;
+    Place place_;
     Build build_ = Build::O3;
     std::vector<Block> blocks_;
     size_t replayed_ = 0;

@@ -62,21 +62,34 @@ char* Case::scratch(size_t bytes) {
     return keep(static_cast<char*>(std::aligned_alloc(64, (bytes + 63) & ~size_t{63})), std::free);
 }
 
-// Images start at different offsets within a page: processors compare addresses by these bits first, and would hold
-// back a load for a store that only looks the same.
-Case::Block& Case::allocate(size_t bytes, size_t border) {
-    const size_t offset = blocks_.size() * 2496 % 4096;
-    const size_t total = (bytes + offset + 4095) & ~size_t{4095};
+// Images start at different lines of a page: processors compare addresses by these bits first, and would hold back a
+// load for a store that only looks the same.
+Case::Block& Case::allocate(size_t bytes, size_t border, Place place) {
+    const size_t line = blocks_.size() * 2496 % 4096;
+    const size_t off = size_t(place.offset + (place.mixed ? 16 * int(blocks_.size()) : 0)) % kLine;
+    const size_t first = (line + border + kLine - 1) / kLine * kLine + off;
+    const size_t total = (first - border + bytes + 4095) & ~size_t{4095};
     char* const memory = static_cast<char*>(std::aligned_alloc(4096, total));
     if (memory == nullptr) std::abort();
     return blocks_.emplace_back(
-        Block{.memory = {memory, &std::free}, .bytes = total, .first = memory + offset + border, .close = nullptr});
+        Block{.memory = {memory, &std::free}, .bytes = total, .first = memory + first, .close = nullptr});
+}
+
+PlaceResult worstOf(const std::vector<PlaceResult>& places) {
+    PlaceResult worst = places.front();
+    for (const PlaceResult& p : places) {
+        if (p.nsPerCall > worst.nsPerCall) worst.place = p.place, worst.nsPerCall = p.nsPerCall;
+        worst.plainO3 = std::min(worst.plainO3, p.plainO3);
+        worst.plainO2 = std::min(worst.plainO2, p.plainO2);
+        worst.peer = std::min(worst.peer, p.peer);
+    }
+    return worst;
 }
 
 struct Contest::Competitor {
     Runs runs;
     int threads;
-    double* ratio;  // in the result
+    Ratio ratio;  // where the ratio goes; nullptr for ours
     bool letsOthersSleep;
     int callsPerSample = 1;
     std::vector<double> secondsPerCall = {};
@@ -108,119 +121,168 @@ struct Contest::Competitor {
     }
 };
 
+// What competes at one place. The ratio of one that is not there stays 0.
+struct Contest::Field {
+    std::vector<Competitor> competitors;  // ours first
+    PlaceResult result;
+    double shareOfLimit = 0;
+
+    std::vector<double>& oursSeconds() { return competitors[0].secondsPerCall; }
+};
+
 double Contest::bytesPerPixel(const Entry& entry) {
     Case probe({64, 64});
     entry.setupO3(probe);
     return probe.moved_ / (64 * 64);
 }
 
-Contest::Contest(const Entry& entry, std::string sizeName, QelSize size, int threads)
-    : case_(size), result_{.name = entry.name, .sizeName = std::move(sizeName), .size = size, .threads = threads} {
+Contest::Contest(const Entry& entry, std::string sizeName, QelSize size, int threads, const std::vector<Place>& places)
+    : result_{.name = entry.name, .sizeName = std::move(sizeName), .size = size, .threads = threads} {
     // Ahead of the setup: scratch is as large as the thread limit asks for.
     qelSetNumThreads(threads);
     setPeerThreads(threads);
-    entry.setupO3(case_);
-    result_.bytesMoved = case_.moved_;
-    case_.build_ = Case::Build::O2;
-    case_.replayed_ = 0;
-    entry.setupO2(case_);
+    for (const Place& place : places) {
+        Case& at = *cases_.emplace_back(std::make_unique<Case>(size, place));
+        entry.setupO3(at);
+        result_.bytesMoved = at.moved_;
+        at.build_ = Case::Build::O2;
+        at.replayed_ = 0;
+        entry.setupO2(at);
+    }
 }
 
-Contest::Contents Contest::contents() const {
+Contest::Contents Contest::contents(const Case& at) {
     Contents copy;
-    for (const Case::Block& block : case_.blocks_)
-        copy.emplace_back(block.memory.get(), block.memory.get() + block.bytes);
+    for (const Case::Block& block : at.blocks_) copy.emplace_back(block.memory.get(), block.memory.get() + block.bytes);
     return copy;
 }
 
-void Contest::restore(const Contents& contents) {
-    for (size_t i = 0; i < contents.size(); ++i) std::ranges::copy(contents[i], case_.blocks_[i].memory.get());
+void Contest::restore(Case& at, const Contents& contents) {
+    for (size_t i = 0; i < contents.size(); ++i) std::ranges::copy(contents[i], at.blocks_[i].memory.get());
 }
 
-bool Contest::sameAs(const Contents& contents) const {
-    return std::ranges::equal(case_.blocks_, contents,
-                              [this](const Case::Block& block, const std::vector<char>& other) {
-                                  return std::memcmp(block.memory.get(), other.data(), block.bytes) == 0 ||
-                                         (case_.tolerance_ > 0 && block.close != nullptr &&
-                                          block.close(block.memory.get(), other.data(), block.bytes, case_.tolerance_));
-                              });
+bool Contest::same(const Case& at, const Contents& contents) {
+    return std::ranges::equal(at.blocks_, contents, [&at](const Case::Block& block, const std::vector<char>& other) {
+        return std::memcmp(block.memory.get(), other.data(), block.bytes) == 0 ||
+               (at.tolerance_ > 0 && block.close != nullptr &&
+                block.close(block.memory.get(), other.data(), block.bytes, at.tolerance_));
+    });
+}
+
+void Contest::compare(Case& at) {
+    const Contents original = contents(at);
+    at.ours_(1);
+    const Contents ours = contents(at);
+    const auto agrees = [&](const Runs& other) {
+        if (!other) return true;
+        restore(at, original);
+        other(1);
+        return same(at, ours);
+    };
+    result_.peerAgrees &= agrees(at.peer_);
+    result_.agrees &= agrees(at.plainO3_) & agrees(at.plainO2_) & !at.failed_;
+    restore(at, original);
 }
 
 // Moves as many bytes as the function does, if these are enough to tell. The memory is the same for all contests, so
 // the largest sets its size.
-Runs Contest::bandwidthLimit() {
+Runs Contest::bandwidthLimit(Case& at) {
     static std::vector<char> from, to;
     const int threads = result_.threads;
     const size_t bytes = size_t(result_.bytesMoved);
     if (bytes < 4096) return nullptr;  // a matter of call overhead
     from.resize(std::max(from.size(), bytes), 1);
-    if (case_.writes_) {
+    if (at.writes_) {
         result_.limit = "copy";
         to.resize(std::max(to.size(), bytes / 2), 1);
-        return case_.looped([=] { copyMemory(to.data(), from.data(), bytes / 2, threads); }, &case_.failed_);
+        return Case::looped([=] { copyMemory(to.data(), from.data(), bytes / 2, threads); }, &at.failed_);
     }
     result_.limit = "read";
-    return case_.looped([=] { readMemory(from.data(), bytes, threads); }, &case_.failed_);
+    return Case::looped([=] { readMemory(from.data(), bytes, threads); }, &at.failed_);
 }
 
-Result Contest::hold(const Effort& effort) {
-    const Contents original = contents();
-    case_.ours_(1);
-    const Contents ours = contents();
-    const auto agrees = [&](const Runs& other) {
-        if (!other) return true;
-        restore(original);
-        other(1);
-        return sameAs(ours);
-    };
-    result_.peerAgrees = agrees(case_.peer_);
-    result_.agrees = agrees(case_.plainO3_) && agrees(case_.plainO2_) && !case_.failed_;
-    restore(original);
-
-    std::vector<Competitor> competitors;
-    const auto enter = [&](const Runs& runs, double* ratio) {
+Contest::Field Contest::enter(Case& at, const Effort& effort) {
+    Field field{.competitors = {}, .result = {.place = at.place_.name}};
+    const auto enter = [&](const Runs& runs, Ratio ratio) {
         // Threads of the OpenMP runtime look for work for some milliseconds. The peer's own need the processors.
-        const bool letsOthersSleep = ratio == &result_.peer && result_.threads > 1 && effort.sampleSeconds > 0;
-        if (runs) competitors.push_back({runs, result_.threads, ratio, letsOthersSleep});
+        const bool letsOthersSleep = &runs == &at.peer_ && result_.threads > 1 && effort.sampleSeconds > 0;
+        if (runs) field.competitors.push_back({runs, result_.threads, ratio, letsOthersSleep});
     };
-    enter(case_.ours_, nullptr);
-    enter(case_.plainO3_, &result_.plainO3);
-    enter(case_.plainO2_, &result_.plainO2);
-    enter(case_.peer_, &result_.peer);
-    enter(bandwidthLimit(), &result_.shareOfLimit);
+    enter(at.ours_, nullptr);
+    enter(at.plainO3_, [](Field& f) { return &f.result.plainO3; });
+    enter(at.plainO2_, [](Field& f) { return &f.result.plainO2; });
+    enter(at.peer_, [](Field& f) { return &f.result.peer; });
+    if (&at == cases_.front().get()) enter(bandwidthLimit(at), [](Field& f) { return &f.shareOfLimit; });
+    return field;
+}
 
+// Finds the number of calls at the first place, which the other places take over, and then the number of rounds.
+void Contest::calibrate(std::vector<Field>& fields, const Effort& effort) {
     // Each competitor finds its images where the one before left them. If they fill a large cache, several calls pass
     // until they are where its own calls leave them.
     constexpr double kLargeImages = 1 << 20;
     const double sampleSeconds = effort.sampleSeconds * (result_.bytesMoved > kLargeImages ? 5 : 1);
     double roundSeconds = 0;
-    for (Competitor& c : competitors) roundSeconds += c.calibrate(sampleSeconds);
+    for (size_t i = 0; i < fields[0].competitors.size(); ++i) {
+        Competitor& first = fields[0].competitors[i];
+        roundSeconds += first.calibrate(sampleSeconds) * double(fields.size());
+        for (Field& field : fields) {
+            if (i < field.competitors.size()) field.competitors[i].callsPerSample = first.callsPerSample;
+        }
+    }
     const int most = std::max(int(effort.totalSeconds / roundSeconds), 3);
     result_.rounds = std::min(effort.rounds, most);
-    // Each round has an order of its own, lest a rhythm of the system, or the images that another one left in the
-    // cache, always meet the same one.
-    std::vector<Competitor*> order;
-    order.reserve(competitors.size());
-    for (Competitor& c : competitors) order.push_back(&c);
+}
+
+// A round goes from place to place, so that a change of the processor's speed meets all of them alike. At each place
+// the competitors have another order each time, lest a rhythm of the system, or the images that another one left in the
+// cache, always meet the same one.
+void Contest::sampleInTurns(std::vector<Field>& fields) const {
     std::minstd_rand random;
     for (int round = 0; round < result_.rounds; ++round) {
-        std::ranges::shuffle(order, random);
-        for (Competitor* c : order) c->sample();
+        for (Field& field : fields) {
+            std::vector<Competitor*> order;
+            order.reserve(field.competitors.size());
+            for (Competitor& c : field.competitors) order.push_back(&c);
+            std::ranges::shuffle(order, random);
+            for (Competitor* c : order) c->sample();
+        }
     }
+}
 
-    const std::vector<double>& oursSeconds = competitors[0].secondsPerCall;
-    for (const Competitor& c : competitors) {
-        if (c.ratio == nullptr) continue;
-        std::vector<double> ratios;
-        for (size_t i = 0; i < oursSeconds.size(); ++i) ratios.push_back(c.secondsPerCall[i] / oursSeconds[i]);
-        *c.ratio = quantile(ratios, 0.5);
+Result Contest::hold(const Effort& effort) {
+    result_.agrees = result_.peerAgrees = true;
+    std::vector<Field> fields;
+    for (const std::unique_ptr<Case>& at : cases_) {
+        compare(*at);
+        fields.push_back(enter(*at, effort));
     }
-    const double seconds = quantile(oursSeconds, 0.5);
-    const double elements = case_.elements_ > 0 ? case_.elements_ : double(result_.size.width) * result_.size.height;
+    calibrate(fields, effort);
+    sampleInTurns(fields);
+
+    for (Field& field : fields) {
+        const std::vector<double>& ours = field.oursSeconds();
+        field.result.nsPerCall = quantile(ours, 0.5) * 1e9;
+        for (const Competitor& c : field.competitors) {
+            if (c.ratio == nullptr) continue;
+            std::vector<double> ratios;
+            for (size_t i = 0; i < ours.size(); ++i) ratios.push_back(c.secondsPerCall[i] / ours[i]);
+            *c.ratio(field) = quantile(ratios, 0.5);
+        }
+        result_.places.push_back(field.result);
+    }
+    Field& first = fields.front();
+    const double seconds = quantile(first.oursSeconds(), 0.5);
+    const double called = cases_.front()->elements_;
+    const double elements = called > 0 ? called : double(result_.size.width) * result_.size.height;
     result_.nsPerCall = seconds * 1e9;
     result_.nsPerElement = seconds * 1e9 / elements;
     result_.gigabytesPerSecond = result_.bytesMoved / seconds * 1e-9;
-    result_.spread = (quantile(oursSeconds, 0.75) - quantile(oursSeconds, 0.25)) / seconds;
+    result_.spread = (quantile(first.oursSeconds(), 0.75) - quantile(first.oursSeconds(), 0.25)) / seconds;
+    result_.shareOfLimit = first.shareOfLimit;
+    result_.plainO3 = first.result.plainO3;
+    result_.plainO2 = first.result.plainO2;
+    result_.peer = first.result.peer;
     return result_;
 }
 

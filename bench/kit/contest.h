@@ -2,7 +2,9 @@
 #ifndef QELCV_BENCH_KIT_CONTEST_H_
 #define QELCV_BENCH_KIT_CONTEST_H_
 
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "kit/bench.h"
 
@@ -26,8 +28,19 @@ struct Effort {
     double totalSeconds;   // fewer rounds, but three, are made where they would take longer
 };
 
+// The places of the images, all of them unless told otherwise.
+constexpr Place kPlaces[] = {
+    {"0", 0, false}, {"16", 16, false}, {"32", 32, false}, {"48", 48, false}, {"mixed", 16, true}};
+
 // Medians over the rounds. A ratio is formed within each round and is 0 where there is no such competitor: how many
 // times the time of ours the other one takes, or the share of the machine's bandwidth that ours reaches.
+struct PlaceResult {
+    const char* place;
+    double nsPerCall = 0;
+    double plainO3 = 0, plainO2 = 0, peer = 0;
+};
+
+// What holds at the first place, and the times and ratios of all.
 struct Result {
     std::string name;
     std::string sizeName;
@@ -44,28 +57,38 @@ struct Result {
     std::string limit = {};  // "copy", "read" or empty
     double shareOfLimit = 0;
     double plainO3 = 0, plainO2 = 0, peer = 0;
+    std::vector<PlaceResult> places = {};
 };
+
+// The longest time of ours at any place, and the least that another takes of it.
+PlaceResult worstOf(const std::vector<PlaceResult>& places);
 
 class Contest {
 public:
     // What the function moves per pixel of its region.
     static double bytesPerPixel(const Entry& entry);
 
-    Contest(const Entry& entry, std::string sizeName, QelSize size, int threads);
+    Contest(const Entry& entry, std::string sizeName, QelSize size, int threads, const std::vector<Place>& places);
 
     // Runs ours once against the plain loop and the peer on the same input, then all of them against the clock.
     Result hold(const Effort& effort);
 
 private:
     struct Competitor;
+    struct Field;
+    using Ratio = double* (*)(Field&);
     using Contents = std::vector<std::vector<char>>;
 
-    Contents contents() const;
-    void restore(const Contents& contents);
-    bool sameAs(const Contents& contents) const;
-    Runs bandwidthLimit();
+    static Contents contents(const Case& at);
+    static void restore(Case& at, const Contents& contents);
+    static bool same(const Case& at, const Contents& contents);
+    void compare(Case& at);
+    Runs bandwidthLimit(Case& at);
+    Field enter(Case& at, const Effort& effort);
+    void calibrate(std::vector<Field>& fields, const Effort& effort);
+    void sampleInTurns(std::vector<Field>& fields) const;
 
-    Case case_;
+    std::vector<std::unique_ptr<Case>> cases_;  // one for each place
     Result result_;
 };
 

@@ -38,12 +38,15 @@ long cacheBytes(int level, int sysconfName, long atLeast) {
     return std::max(sysconf(sysconfName), atLeast);
 }
 
+// As processor makers say it.
+std::string nameOf(int64_t target) { return target == HWY_AVX3 ? "AVX-512" : hwy::TargetName(target); }
+
 // Of the instruction sets that the library was compiled for, the newest that the machine offers. Newer ones are lower
 // bits.
 int64_t chooseTarget(const std::string& limit) {
     for (uint64_t candidates = hwy::SupportedTargets() & HWY_TARGETS; candidates != 0; candidates &= candidates - 1) {
         const int64_t target = int64_t(candidates & -candidates);
-        if (!limit.empty() && limit != hwy::TargetName(target)) continue;
+        if (!limit.empty() && limit != nameOf(target) && limit != hwy::TargetName(target)) continue;
         if (!limit.empty()) hwy::SetSupportedTargetsForTest(target);
         return target;
     }
@@ -55,7 +58,7 @@ int64_t chooseTarget(const std::string& limit) {
 
 Machine identifyMachine(const std::string& instructionSet) {
     return {.processor = processorName(),
-            .instructionSet = hwy::TargetName(chooseTarget(instructionSet)),
+            .instructionSet = nameOf(chooseTarget(instructionSet)),
             .architecture = sizeof(void*) == 4 ? "i386" : "x86_64",
             .compiler = "g++ " __VERSION__,
             .peer = kPeerName,

@@ -17,21 +17,24 @@ namespace {
 constexpr char kUsage[] =
     "Usage: qelcv_bench [options]\n"
     "  --filter REGEX   functions whose name contains a match\n"
-    "  --sizes LIST     of 16x16, L1, L2, 640x480, 1920x1080, memory (all of them), or any WIDTHxHEIGHT\n"
+    "  --sizes LIST     WIDTHxHEIGHT, L1, L2 or memory (16x16,64x64,640x480,1920x1080,memory)\n"
     "  --threads LIST   numbers, or all (1,all; more than one thread from 640x480 on)\n"
-    "  --target NAME    use this instruction set, such as SSSE3 or AVX2\n"
-    "  --rounds N       samples of each competitor (21)\n"
-    "  --quick          check all results, measure hardly\n"
+    "  --places LIST    bytes from a line of the cache to the images: 0, 16, 32, 48, or mixed, where each has another\n"
+    "                   and steps are no multiples of a line (0,16,32,48,mixed; only the first of the list for more "
+    "than\n"
+    "                   one thread and for images in memory)\n"
+    "  --target NAME    use this instruction set, such as SSSE3 or AVX-512\n"
+    "  --rounds N       samples of each competitor at each place (9)\n"
+    "  --quick          check all results, measure hardly, at one place\n"
     "  --json FILE      write the results there, too\n"
-    "  --list           print the names and stop\n"
-    "Ratios are medians over rounds in which the competitors take turns: how many times as long as ours the others\n"
-    "take, and the bandwidth of ours as a part of what memcpy (copy) or a sum (read) of as many bytes reaches.\n";
+    "  --list           print the names and stop\n";
 
 struct Options {
     std::string filter, json, target;
-    std::string sizes = "16x16,L1,L2,640x480,1920x1080,memory";
+    std::string sizes = "16x16,64x64,640x480,1920x1080,memory";
     std::string threads = "1,all";
-    Effort effort = {.rounds = 21, .sampleSeconds = 1e-3, .totalSeconds = 2};
+    std::string places = "0,16,32,48,mixed";
+    Effort effort = {.rounds = 9, .sampleSeconds = 1e-3, .totalSeconds = 4};
     bool list = false;
 };
 
@@ -48,11 +51,17 @@ int positive(const std::string& text) {
 }
 
 Options parse(int argc, char** argv) {
-    const option known[] = {{"filter", 1, nullptr, 'f'},  {"sizes", 1, nullptr, 's'},
-                            {"threads", 1, nullptr, 't'}, {"target", 1, nullptr, 'i'},
-                            {"rounds", 1, nullptr, 'r'},  {"quick", 0, nullptr, 'q'},
-                            {"json", 1, nullptr, 'j'},    {"list", 0, nullptr, 'l'},
-                            {"help", 0, nullptr, 'h'},    {}};
+    const option known[] = {{"filter", 1, nullptr, 'f'},
+                            {"sizes", 1, nullptr, 's'},
+                            {"threads", 1, nullptr, 't'},
+                            {"target", 1, nullptr, 'i'},
+                            {"places", 1, nullptr, 'p'},
+                            {"rounds", 1, nullptr, 'r'},
+                            {"quick", 0, nullptr, 'q'},
+                            {"json", 1, nullptr, 'j'},
+                            {"list", 0, nullptr, 'l'},
+                            {"help", 0, nullptr, 'h'},
+                            {}};
     Options o;
     for (int c; (c = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
         switch (c) {
@@ -64,6 +73,9 @@ Options parse(int argc, char** argv) {
                 break;
             case 't':
                 o.threads = optarg;
+                break;
+            case 'p':
+                o.places = optarg;
                 break;
             case 'i':
                 o.target = optarg;
@@ -79,6 +91,7 @@ Options parse(int argc, char** argv) {
                 break;
             case 'q':
                 o.sizes = "16x16,640x480";
+                o.places = "16";
                 o.effort = {.rounds = 1, .sampleSeconds = 0, .totalSeconds = 0};
                 break;
             case 'h':
@@ -105,6 +118,17 @@ std::vector<std::string> split(const std::string& list) {
     std::istringstream in(list);
     for (std::string part; std::getline(in, part, ',');) parts.push_back(part);
     return parts;
+}
+
+std::vector<Place> placesOf(const std::string& list) {
+    std::vector<Place> places;
+    for (const std::string& name : split(list)) {
+        const auto* place = std::ranges::find(kPlaces, name, &Place::name);
+        if (place == std::end(kPlaces)) fail("unknown place " + name);
+        places.push_back(*place);
+    }
+    if (places.empty()) fail("no places");
+    return places;
 }
 
 // A region whose images take up half of a cache, or four times the last one. No row length is a power of two, which
@@ -135,11 +159,12 @@ bool isComputeBound(const std::vector<Result>& results, const std::string& name,
 int run(const Options& o) {
     const Machine machine = identifyMachine(o.target);
     const std::regex filter = compiled(o.filter);
+    const std::vector<Place> places = placesOf(o.places);
     std::vector<Result> results;
     bool correct = true;
     if (!o.list) {
         printMachine(machine);
-        printHeading();
+        printHeading(places.front());
     }
     for (const Entry& entry : allEntries()) {
         if (!std::regex_search(entry.name, filter)) continue;
@@ -154,7 +179,9 @@ int run(const Options& o) {
             for (const std::string& count : split(o.threads)) {
                 const int threads = count == "all" ? machine.threads : positive(count);
                 if (count == "all" && (threads == 1 || double(region.width) * region.height < 640 * 480)) continue;
-                results.push_back(Contest(entry, sizeName, region, threads).hold(o.effort));
+                const bool everywhere = threads == 1 && sizeName != "memory";
+                const auto at = everywhere ? places : std::vector{places.front()};
+                results.push_back(Contest(entry, sizeName, region, threads, at).hold(o.effort));
                 printResult(results.back());
                 correct &= results.back().agrees;
             }

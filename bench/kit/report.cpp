@@ -21,6 +21,17 @@ std::string quoted(const std::string& text) {
     return out + '"';
 }
 
+void writePlaces(std::FILE* file, const std::vector<PlaceResult>& places) {
+    const char* separator = "";
+    for (const PlaceResult& p : places) {
+        std::fprintf(file,
+                     "%s{\"place\": %s, \"nsPerCall\": %.6g, \"plainO3\": %.4g, \"plainO2\": %.4g, \"peer\": %.4g}",
+                     separator, quoted(p.place).c_str(), p.nsPerCall, p.plainO3, p.plainO2, p.peer);
+        separator = ", ";
+    }
+    std::fprintf(file, "]}");
+}
+
 }  // namespace
 
 void printMachine(const Machine& m) {
@@ -29,16 +40,31 @@ void printMachine(const Machine& m) {
                 m.compiler.c_str(), m.peer.empty() ? "" : ", ", m.peer.c_str());
 }
 
-void printHeading() {
-    std::printf("%-44s %-10s %3s %11s %8s %7s  %-9s %8s %8s %8s\n", "", "", "thr", "ns/call", "ns/px", "GB/s",
-                "of limit", "plain-O3", "plain-O2", "peer");
+void printHeading(const Place& first) {
+    std::printf(
+        "Times of ours and GB/s: at place %s, and \"worst\", times as long, at the worst place; less is better, GB/s "
+        "more.\n"
+        "of limit: GB/s as a part of what memcpy (copy) or a sum (read) of as many bytes reaches; more is better.\n"
+        "plain-O3, plain-O2, peer: how many times as long as ours they take, at place %s and, behind the stroke, "
+        "where\n"
+        "they come closest; more is better, below 1 they are ahead. All are medians over turns.\n\n",
+        first.name, first.name);
+    std::printf("%-44s %-10s %3s %11s %8s %6s %7s  %-9s %12s %12s %12s\n", "", "", "thr", "ns/call", "ns/px", "worst",
+                "GB/s", "of limit", "plain-O3", "plain-O2", "peer");
 }
 
 void printResult(const Result& r) {
     const std::string limit = r.limit.empty() ? "-" : number(100 * r.shareOfLimit, "% ") + r.limit;
-    std::printf("%-44s %-10s %3d %11.0f %8s %7s  %-9s %8s %8s %8s%s%s\n", r.name.c_str(), r.sizeName.c_str(), r.threads,
-                r.nsPerCall, number(r.nsPerElement).c_str(), number(r.gigabytesPerSecond).c_str(), limit.c_str(),
-                number(r.plainO3, "x").c_str(), number(r.plainO2, "x").c_str(), number(r.peer, "x").c_str(),
+    const PlaceResult worst = worstOf(r.places);
+    const bool several = r.places.size() > 1;
+    const auto ratios = [several](double first, double least) {
+        return number(first, "x") + (several && first > 0 ? "/" + number(least, "x") : "");
+    };
+    std::printf("%-44s %-10s %3d %11.0f %8s %6s %7s  %-9s %12s %12s %12s%s%s\n", r.name.c_str(), r.sizeName.c_str(),
+                r.threads, r.nsPerCall, number(r.nsPerElement).c_str(),
+                several ? number(worst.nsPerCall / r.nsPerCall, "x").c_str() : "-",
+                number(r.gigabytesPerSecond).c_str(), limit.c_str(), ratios(r.plainO3, worst.plainO3).c_str(),
+                ratios(r.plainO2, worst.plainO2).c_str(), ratios(r.peer, worst.peer).c_str(),
                 r.agrees ? "" : "  WRONG RESULT", r.peerAgrees ? "" : "  peer's result differs");
     std::fflush(stdout);
 }
@@ -57,11 +83,12 @@ bool writeJson(const std::string& path, const Machine& m, const std::vector<Resu
                      "%s{\"name\": %s, \"size\": %s, \"width\": %d, \"height\": %d, \"threads\": %d, \"agrees\": %s, "
                      "\"peerAgrees\": %s, \"rounds\": %d, \"nsPerCall\": %.6g, \"nsPerElement\": %.6g, "
                      "\"spread\": %.3g, \"bytesMoved\": %.0f, \"gigabytesPerSecond\": %.4g, \"limit\": %s, "
-                     "\"shareOfLimit\": %.4g, \"plainO3\": %.4g, \"plainO2\": %.4g, \"peer\": %.4g}",
+                     "\"shareOfLimit\": %.4g, \"plainO3\": %.4g, \"plainO2\": %.4g, \"peer\": %.4g, \"places\": [",
                      separator, quoted(r.name).c_str(), quoted(r.sizeName).c_str(), r.size.width, r.size.height,
                      r.threads, r.agrees ? "true" : "false", r.peerAgrees ? "true" : "false", r.rounds, r.nsPerCall,
                      r.nsPerElement, r.spread, r.bytesMoved, r.gigabytesPerSecond, quoted(r.limit).c_str(),
                      r.shareOfLimit, r.plainO3, r.plainO2, r.peer);
+        writePlaces(file, r.places);
         separator = ",\n";
     }
     std::fprintf(file, "\n]\n}\n");

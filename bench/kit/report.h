@@ -11,7 +11,7 @@
 namespace bench {
 
 void printMachine(const Machine& machine);
-void printHeading();
+void printHeading(const Place& first);
 void printResult(const Result& result);
 
 // False where the file cannot be written.
