@@ -152,9 +152,8 @@ private:
     void classifyOne() {
         using T = Arg<I>;
         if constexpr (std::is_pointer_v<T>) {
-            using Sample = std::remove_pointer_t<T>;
             args_[I].required = true;
-            args_[I].sample = sizeof(std::conditional_t<std::is_void_v<Sample>, char, Sample>);
+            args_[I].sample = bytesOf<std::remove_pointer_t<T>>();
             if constexpr (I + 1 < sizeof...(A)) {
                 if constexpr (std::is_same_v<Arg<I + 1>, int>) {
                     args_[I].image = true;
@@ -164,8 +163,18 @@ private:
             }
         } else if constexpr (std::is_same_v<T, QelSize>) {
             std::get<I>(good_) = kRoi;
-        } else {
+        } else if constexpr (std::is_arithmetic_v<T>) {
             std::get<I>(good_) = T(1);
+        }
+    }
+
+    // 1 for what only the library knows, as states, and for what is no sample.
+    template <class Sample>
+    static constexpr int bytesOf() {
+        if constexpr (!std::is_void_v<Sample> && requires { sizeof(Sample); }) {
+            return sizeof(Sample);
+        } else {
+            return 1;
         }
     }
 
