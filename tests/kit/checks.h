@@ -47,6 +47,13 @@ public:
         return *this;
     }
 
+    // Image I has so many columns and rows more than the region.
+    template <size_t I>
+    Checks& larger(int columns, int rows) {
+        args_[I].more = {columns, rows};
+        return *this;
+    }
+
     // The good value of argument I.
     template <size_t I>
     Checks& value(Arg<I> good) {
@@ -137,6 +144,7 @@ private:
         bool required = false;  // a pointer that must not be null
         int sample = 0;         // bytes
         int channels = 1;
+        QelSize more = {0, 0};  // than the region
         std::unique_ptr<GuardedMemory> memory;
         std::vector<unsigned char> before;
     };
@@ -178,7 +186,9 @@ private:
         }
     }
 
-    int rowBytes(size_t image) const { return kRoi.width * args_[image].channels * args_[image].sample; }
+    int rowBytes(size_t image) const {
+        return (kRoi.width + args_[image].more.width) * args_[image].channels * args_[image].sample;
+    }
 
     template <size_t... I>
     void prepare(std::index_sequence<I...>) {
@@ -190,7 +200,7 @@ private:
         if constexpr (std::is_pointer_v<Arg<I>>) {
             if (std::get<I>(good_) != nullptr) return;
             constexpr int kOutputBytes = 64;
-            const int bytes = args_[I].image ? rowBytes(I) * kRoi.height : kOutputBytes;
+            const int bytes = args_[I].image ? rowBytes(I) * (kRoi.height + args_[I].more.height) : kOutputBytes;
             args_[I].memory = std::make_unique<GuardedMemory>(size_t(bytes));
             std::memset(args_[I].memory->data(), 0x37, size_t(bytes));
             args_[I].before.assign(size_t(bytes), 0x37);
