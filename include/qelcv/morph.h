@@ -12,6 +12,111 @@
 extern "C" {
 #endif
 
+/**
+ * @name Minimum and maximum filters: the extreme of a rectangle around each pixel
+ *
+ *     pDst[x, y] = extreme over i, j of pSrc[x - anchor.x + i, y - anchor.y + j],
+ *                  0 <= i < maskSize.width, 0 <= j < maskSize.height
+ *
+ * Where a coordinate lies outside of the region, that of the nearest edge takes its place. In a C3 or C4 image each
+ * channel is filtered by itself. The cost does not grow with the height of the rectangle from 15 on, and by its width
+ * with the logarithm only; a rectangle may be larger than the region.
+ *
+ * Results are samples of the source, bit for bit; infinities compare as numbers. A rectangle of 1 by 1 copies. Where a
+ * rectangle holds zeros of either sign as its extreme, it is open which of them is the result; where it holds a NaN, it
+ * is open which of its samples is. Neither depends on the processor.
+ * @param pSrc      first sample of the source region
+ * @param srcStep   bytes from one row of the source to the next: at least a row's bytes; 32f: a multiple of 4
+ * @param pDst      first sample of the result, which does not overlap the source
+ * @param dstStep   the same for the result
+ * @param roiSize   region in pixels, at least 1 by 1
+ * @param maskSize  rectangle in pixels, at least 1 by 1
+ * @param anchor    the pixel of the rectangle that stands over the result, counted from 0
+ * @param pBuffer   as many bytes as the GetBufferSize function of the same name reports, at any address. For one call
+ *                  at a time
+ *
+ * @retval qelStatusOk                      the region is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height of the region below 1
+ * @retval qelStatusBadMaskSize             width or height of the rectangle below 1
+ * @retval qelStatusBadAnchor               the anchor lies outside of the rectangle
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  32f: a step is not a multiple of 4
+ * Tested in this order, but srcStep in both respects before dstStep; on an error nothing is written. No alignment is
+ * needed. The caller's thread does all the work.
+ */
+/** @{ */
+QEL_API qelStatus qeliFilterMaxBorderReplicate_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                      QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                      Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMaxBorderReplicate_8u_C3R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                      QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                      Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMaxBorderReplicate_8u_C4R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                      QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                      Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMaxBorderReplicate_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                       QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                       Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMaxBorderReplicate_32f_C3R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                       QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                       Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMaxBorderReplicate_32f_C4R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                       QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                       Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMinBorderReplicate_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                      QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                      Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMinBorderReplicate_8u_C3R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                      QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                      Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMinBorderReplicate_8u_C4R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                      QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                      Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMinBorderReplicate_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                       QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                       Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMinBorderReplicate_32f_C3R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                       QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                       Qel8u* pBuffer);
+QEL_API qelStatus qeliFilterMinBorderReplicate_32f_C4R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                       QelSize roiSize, QelSize maskSize, QelPoint anchor,
+                                                       Qel8u* pBuffer);
+/** @} */
+
+/**
+ * @name Scratch of the minimum and maximum filters
+ *
+ *     *pBufferSize = maskHeight * 16 + maskHeight * 2 * (bytes of a row + 32) + 32
+ *
+ * in 32-bit builds. In 64-bit builds maskHeight counts 32 times rather than 16: it stands for four pointers.
+ * @param roiWidth     width of the region in pixels
+ * @param maskWidth    width of the rectangle; does not change the size
+ * @param maskHeight   height of the rectangle
+ * @param pBufferSize  receives the bytes
+ *
+ * @retval qelStatusOk           *pBufferSize is written
+ * @retval qelStatusNullPointer  pBufferSize is null
+ * @retval qelStatusBadSize      roiWidth below 1
+ * @retval qelStatusBadMaskSize  maskHeight or maskWidth below 1
+ * @retval qelStatusOverflow     the size is beyond the range of int
+ * Tested in this order; on an error nothing is written.
+ */
+/** @{ */
+QEL_API qelStatus qeliFilterMaxGetBufferSize_8u_C1R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMaxGetBufferSize_8u_C3R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMaxGetBufferSize_8u_C4R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMaxGetBufferSize_32f_C1R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMaxGetBufferSize_32f_C3R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMaxGetBufferSize_32f_C4R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMinGetBufferSize_8u_C1R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMinGetBufferSize_8u_C3R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMinGetBufferSize_8u_C4R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMinGetBufferSize_32f_C1R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMinGetBufferSize_32f_C3R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+QEL_API qelStatus qeliFilterMinGetBufferSize_32f_C4R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
+/** @} */
+
 /** A grey structuring element, for regions up to a size. Its bytes lead to each other: a copy of it is of no use. */
 typedef struct QelMorphGrayState QelMorphGrayState;
 

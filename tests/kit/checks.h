@@ -76,6 +76,13 @@ public:
         return *this;
     }
 
+    // Argument I is a size, but not the region's: it has a good value and faults of its own.
+    template <size_t I>
+    Checks& notARegion() {
+        args_[I].region = false;
+        return *this;
+    }
+
     // Step I is not tested against the sample size.
     template <size_t I>
     Checks& anyAlignment() {
@@ -142,6 +149,7 @@ private:
         bool image = false;     // a pointer with a step behind it
         bool step = false;      // the step of the argument ahead
         bool required = false;  // a pointer that must not be null
+        bool region = false;    // a size that must not be empty
         int sample = 0;         // bytes
         int channels = 1;
         QelSize more = {0, 0};  // than the region
@@ -171,6 +179,7 @@ private:
             }
         } else if constexpr (std::is_same_v<T, QelSize>) {
             std::get<I>(good_) = kRoi;
+            args_[I].region = true;
         } else if constexpr (std::is_arithmetic_v<T>) {
             std::get<I>(good_) = T(1);
         }
@@ -242,6 +251,7 @@ private:
     template <size_t I>
     void listSizes(std::vector<Fault>& faults) {
         if constexpr (std::is_same_v<Arg<I>, QelSize>) {
+            if (!args_[I].region) return;
             for (const QelSize bad : {QelSize{0, 5}, {-3, 5}, {7, 0}, {7, -1}}) {
                 faults.push_back({"size " + std::to_string(bad.width) + "x" + std::to_string(bad.height),
                                   qelStatusBadSize, I, [bad](Args& args) { std::get<I>(args) = bad; }});
