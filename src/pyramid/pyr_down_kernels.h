@@ -1,0 +1,25 @@
+#ifndef QELCV_PYRAMID_PYR_DOWN_KERNELS_H_
+#define QELCV_PYRAMID_PYR_DOWN_KERNELS_H_
+
+#include <cstdint>
+
+#include "frame/image.h"
+#include "frame/kernel.h"
+#include "qelcv/types.h"
+
+namespace qel {
+
+// A source of at least 3 by 3 pixels, halved. The scratch has `scratchBytes` bytes from an address that suits a sample.
+template <class T>
+using PyrDownKernel = void(Plane<const T> src, Plane<T> dst, QelSize size, void* pScratch, int64_t scratchBytes);
+
+extern const Kernel<PyrDownKernel<Qel8u>> ownPyrDownG5x5_8u_C1;
+extern const Kernel<PyrDownKernel<Qel8u>> ownPyrDownG5x5_8u_C3;
+extern const Kernel<PyrDownKernel<Qel8s>> ownPyrDownG5x5_8s_C1;
+extern const Kernel<PyrDownKernel<Qel8s>> ownPyrDownG5x5_8s_C3;
+extern const Kernel<PyrDownKernel<Qel32f>> ownPyrDownG5x5_32f_C1;
+extern const Kernel<PyrDownKernel<Qel32f>> ownPyrDownG5x5_32f_C3;
+
+}  // namespace qel
+
+#endif
