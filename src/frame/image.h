@@ -63,8 +63,8 @@ constexpr RowOf rowOf(int width, int channels = 1) {
 
 // True where the rows of an image follow each other without gaps.
 template <class T>
-inline bool isGapless(const T*, int step, int width, int channels = 1) {
-    return step == rowOf<T>(width, channels).bytes;
+inline bool isGapless(Plane<T> image, int width, int channels = 1) {
+    return image.step == rowOf<T>(width, channels).bytes;
 }
 
 // A region whose images are all gapless, as one row, where an int can count it. Saves kernels the ends of short rows.

@@ -3,21 +3,13 @@
 #include "frame/image.h"
 
 #define HWY_TARGET_INCLUDE "stats/abs_diff_kernels.cpp"
+#include "frame/arithmetic-inl.h"
 #include "frame/simd-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qel {
 namespace HWY_NAMESPACE {
 namespace {
-
-template <class V>
-HWY_INLINE V absDiff(V a, V b) {
-    if constexpr (hwy::IsFloat<hn::TFromV<V>>()) {
-        return hn::Abs(hn::Sub(a, b));
-    } else {
-        return hn::Or(hn::SaturatedSub(a, b), hn::SaturatedSub(b, a));  // one of the two is zero
-    }
-}
 
 template <class T, bool Streaming = false>
 void absDiffRows(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, T* pDst, int dstStep, QelSize size) {

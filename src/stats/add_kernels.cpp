@@ -40,21 +40,11 @@ struct RunningAverage {
     }
 };
 
-template <class T>
-struct Region {
-    T* p;
-    int step;
-    HWY_INLINE T* operator[](int y) const { return row(p, step, y); }
-    bool gapless(int width) const { return isGapless(p, step, width); }
-};
-template <class T>
-Region(T*, int) -> Region<T>;
-
-// In the place of a mask's region: every pixel takes its new value.
+// In the place of a mask: every pixel takes its new value.
 struct NoMask {
-    HWY_INLINE NoMask operator[](int) const { return {}; }
-    bool gapless(int) const { return true; }
+    HWY_INLINE NoMask row(int) const { return {}; }
 };
+bool isGapless(NoMask, int) { return true; }
 
 // Samples in single precision, which holds those of 8 and 16 bits exactly.
 template <class D, class T>
@@ -84,9 +74,9 @@ HWY_INLINE hn::Vec<D> select(D d, const Qel8u* mask, size_t x, hn::Vec<D> old, h
 }
 
 template <bool Streaming, class Formula, class Mask, class... Source>
-HWY_INLINE void addRows(const Formula formula, Region<Qel32f> dst, Region<const Qel32f> old, QelSize size, Mask mask,
+HWY_INLINE void addRows(const Formula formula, Plane<Qel32f> dst, Plane<const Qel32f> old, QelSize size, Mask mask,
                         Source... source) {
-    const auto gapless = [&size](auto... image) HWY_ATTR { return (... && image.gapless(size.width)); };
+    const auto gapless = [&size](auto... image) HWY_ATTR { return (... && isGapless(image, size.width)); };
     size = joinRows(size, gapless(dst, old, mask, source...));
     for (int y = 0; y < size.height; ++y) {
         const auto addRow = [=](Qel32f* outRow, const Qel32f* oldRow, auto maskRow, auto... sourceRow) HWY_ATTR {
@@ -97,36 +87,36 @@ HWY_INLINE void addRows(const Formula formula, Region<Qel32f> dst, Region<const 
                                           store(select(d, maskRow, x, before, now), d, outRow + x);
                                       });
         };
-        addRow(dst[y], old[y], mask[y], source[y]...);
+        addRow(dst.row(y), old.row(y), mask.row(y), source.row(y)...);
     }
     finishStores<Streaming>();
 }
 
 template <class Formula, class T>
 void addInPlace(const T* pSrc, int srcStep, Qel32f* pSrcDst, int srcDstStep, QelSize size) {
-    addRows<false>(Formula(), {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, size, NoMask(), Region{pSrc, srcStep});
+    addRows<false>(Formula(), {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, size, NoMask(), Plane{pSrc, srcStep});
 }
 
 template <class Formula, class T>
 void addMasked(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, Qel32f* pSrcDst, int srcDstStep,
                QelSize size) {
-    addRows<false>(Formula(), {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, size, Region{pMask, maskStep},
-                   Region{pSrc, srcStep});
+    addRows<false>(Formula(), {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, size, Plane{pMask, maskStep},
+                   Plane{pSrc, srcStep});
 }
 
 template <class T>
 void addProduct(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, Qel32f* pSrcDst, int srcDstStep,
                 QelSize size) {
     addRows<false>(SumOfProducts(), {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, size, NoMask(),
-                   Region{pSrc1, src1Step}, Region{pSrc2, src2Step});
+                   Plane{pSrc1, src1Step}, Plane{pSrc2, src2Step});
 }
 
 template <class T>
 void addProductMasked(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, const Qel8u* pMask, int maskStep,
                       Qel32f* pSrcDst, int srcDstStep, QelSize size, int nonTemporal) {
     const auto run = [=](auto streaming) HWY_ATTR {
-        addRows<streaming>(SumOfProducts(), {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, size, Region{pMask, maskStep},
-                           Region{pSrc1, src1Step}, Region{pSrc2, src2Step});
+        addRows<streaming>(SumOfProducts(), {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, size, Plane{pMask, maskStep},
+                           Plane{pSrc1, src1Step}, Plane{pSrc2, src2Step});
     };
     nonTemporal ? run(std::true_type()) : run(std::false_type());
 }
@@ -134,7 +124,7 @@ void addProductMasked(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step
 template <class T>
 void addWeighted(const T* pSrc, int srcStep, Qel32f* pSrcDst, int srcDstStep, QelSize size, Qel32f alpha) {
     addRows<false>(RunningAverage{alpha}, {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, size, NoMask(),
-                   Region{pSrc, srcStep});
+                   Plane{pSrc, srcStep});
 }
 
 template <class T>
@@ -142,7 +132,7 @@ void addWeightedMasked(const T* pSrc, int srcStep, const Qel8u* pMask, int maskS
                        QelSize size, Qel32f alpha, int nonTemporal) {
     const auto run = [=](auto streaming) HWY_ATTR {
         addRows<streaming>(RunningAverage{alpha}, {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, size,
-                           Region{pMask, maskStep}, Region{pSrc, srcStep});
+                           Plane{pMask, maskStep}, Plane{pSrc, srcStep});
     };
     nonTemporal ? run(std::true_type()) : run(std::false_type());
 }
@@ -150,7 +140,7 @@ void addWeightedMasked(const T* pSrc, int srcStep, const Qel8u* pMask, int maskS
 // The second source is the old value.
 void addWeightedTwo(const Qel32f* pSrc1, int src1Step, const Qel32f* pSrc2, int src2Step, Qel32f* pDst, int dstStep,
                     QelSize size, Qel32f alpha) {
-    addRows<false>(RunningAverage{alpha}, {pDst, dstStep}, {pSrc2, src2Step}, size, NoMask(), Region{pSrc1, src1Step});
+    addRows<false>(RunningAverage{alpha}, {pDst, dstStep}, {pSrc2, src2Step}, size, NoMask(), Plane{pSrc1, src1Step});
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
-#include <algorithm>
-
 #include "frame/check.h"
-#include "frame/rows.h"
+#include "frame/image.h"
 #include "qelcv/stats.h"
 #include "stats/gradient_color_to_gray_kernels.h"
 
@@ -32,24 +30,7 @@ qelStatus gradientColorToGray(const T* pSrc, int srcStep, T* pDst, int dstStep, 
                                  .status();
     if (status != qelStatusOk) return status;
 
-    const Kernel<GradientKernel<T>>& kernel = *kernels[norm];
-    const int team = std::min({owncvGetNumThreads(), roiSize.height >> 4, area(roiSize) >> 10});
-    if (team < 2) {
-        kernel(pSrc, srcStep, pDst, dstStep, roiSize.width, 0, roiSize.height);
-        return qelStatusOk;
-    }
-    // Called by a thread of a team, which shares the rows out again. But kernels count rows and start at the first one,
-    // so all ranges begin there, and what the longest of them covers is written. One thread does it for all.
-    const Qel32f rows = static_cast<Qel32f>(roiSize.height) / static_cast<Qel32f>(team);
-    const auto startRow = [=](int thread) { return static_cast<int>(static_cast<Qel32f>(thread) * rows + 0.5F); };
-    const auto count = [=](int thread) { return startRow(thread + 1) - startRow(thread); };
-    onThreads(std::min(team, ownGetNumThreads()), [&](int thread, int formed) {
-        int longest = 0;
-        for (int other = 1; other < formed; ++other)
-            if (count(other) > count(longest)) longest = other;
-        if (thread != longest) return;
-        kernel(pSrc, srcStep, pDst, dstStep, roiSize.width, startRow(thread), startRow(thread + 1));
-    });
+    (*kernels[norm])(pSrc, srcStep, pDst, dstStep, roiSize.width, 0, roiSize.height);
     return qelStatusOk;
 }
 

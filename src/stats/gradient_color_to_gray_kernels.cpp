@@ -147,7 +147,7 @@ struct L2Floats {
 
 template <class T, class Norm>
 void gradientRows(const T* pSrc, int srcStep, T* pDst, int dstStep, int width, int startRow, int endRow) {
-    const bool gapless = isGapless(pSrc, srcStep, width, 3) && isGapless(pDst, dstStep, width);
+    const bool gapless = isGapless(Plane{pSrc, srcStep}, width, 3) && isGapless(Plane{pDst, dstStep}, width);
     const QelSize size = joinRows({width, endRow - startRow}, gapless);
     for (int y = 0; y < size.height; ++y) {
         const T* in = row(pSrc, srcStep, y);

@@ -40,7 +40,7 @@ SumKernel<Qel32f>* pick(const ByArea& kernels, const Samples<Qel32f>& in) {
     const int64_t pixels = int64_t{in.roiSize.width} * in.roiSize.height;
     if (pixels < kernels.smallLimit) return kernels.small;
     const bool aligned =
-        reinterpret_cast<uintptr_t>(in.pSrc) % kernels.alignment == 0 && in.srcStep % kVectorBytes == 0;
+        reinterpret_cast<uintptr_t>(in.src.p) % kernels.alignment == 0 && in.src.step % kVectorBytes == 0;
     return aligned && pixels < kernels.alignedLimit ? kernels.aligned : kernels.general;
 }
 
@@ -55,9 +55,9 @@ constexpr Layout kC3CMR = {3, true};
 
 template <class T>
 qelStatus checked(Check check, const Samples<T>& in, Layout layout) {
-    check.pointers(in.pSrc).require(!layout.masked || in.pMask != nullptr, qelStatusNullPointer);
-    check.size(in.roiSize).steps(rowOf<T>(in.roiSize.width, layout.channels), in.srcStep);
-    if (layout.masked) check.stepSizes(rowOf<Qel8u>(in.roiSize.width), in.maskStep);
+    check.pointers(in.src.p).require(!layout.masked || in.mask.p != nullptr, qelStatusNullPointer);
+    check.size(in.roiSize).steps(rowOf<T>(in.roiSize.width, layout.channels), in.src.step);
+    if (layout.masked) check.stepSizes(rowOf<Qel8u>(in.roiSize.width), in.mask.step);
     return check.channel(in.coi).status();
 }
 
@@ -99,8 +99,8 @@ qelStatus mean(const Samples<T>& in, Layout layout, SumKernel<T>* kernel, const 
 bool isConstant(const Samples<Qel32f>& in, Layout layout) {
     const Qel32f* first = nullptr;
     for (int y = 0; y < in.roiSize.height; ++y) {
-        const Qel32f* p = row(in.pSrc, in.srcStep, y) + (in.coi - 1);
-        const Qel8u* mask = layout.masked ? row(in.pMask, in.maskStep, y) : nullptr;
+        const Qel32f* p = in.src.row(y) + (in.coi - 1);
+        const Qel8u* mask = layout.masked ? in.mask.row(y) : nullptr;
         for (int x = 0; x < in.roiSize.width; ++x, p += layout.channels) {
             if (layout.masked && mask[x] == 0) continue;
             if (first == nullptr) first = p;
@@ -158,7 +158,7 @@ qelStatus meanStdDev(const Samples<T>& in, Layout layout, const Kernels& kernels
 
 #define MEAN_C1MR(name, T, kernel, from)                                                                           \
     qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pMean) { \
-        return qel::mean<T>({pSrc, srcStep, pMask, maskStep, roiSize, 1}, qel::kC1MR, kernel, from, pMean);        \
+        return qel::mean<T>({{pSrc, srcStep}, {pMask, maskStep}, roiSize, 1}, qel::kC1MR, kernel, from, pMean);    \
     }
 MEAN_C1MR(qeliMean_8u_C1MR, Qel8u, qel::ownSum_8u_C1MR_W7, qel::kSerial)
 MEAN_C1MR(qeliMean_8s_C1MR, Qel8s, qel::ownSum_8s_C1MR_W7, qel::kFrom17)
@@ -166,10 +166,11 @@ MEAN_C1MR(qeliMean_16u_C1MR, Qel16u, qel::ownSum_16u_C1MR_W7, qel::kFrom17)
 MEAN_C1MR(qeliMean_32f_C1MR, Qel32f, qel::ownSum_32f_C1MR_W7, qel::kFrom17)
 #undef MEAN_C1MR
 
-#define MEAN_C3CMR(name, T, kernel)                                                                                    \
-    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,             \
-                   Qel64f* pMean) {                                                                                    \
-        return qel::mean<T>({pSrc, srcStep, pMask, maskStep, roiSize, coi}, qel::kC3CMR, kernel, qel::kFrom17, pMean); \
+#define MEAN_C3CMR(name, T, kernel)                                                                                \
+    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,         \
+                   Qel64f* pMean) {                                                                                \
+        return qel::mean<T>({{pSrc, srcStep}, {pMask, maskStep}, roiSize, coi}, qel::kC3CMR, kernel, qel::kFrom17, \
+                            pMean);                                                                                \
     }
 MEAN_C3CMR(qeliMean_8u_C3CMR, Qel8u, qel::ownSum_8u_C3CMR_W7)
 MEAN_C3CMR(qeliMean_8s_C3CMR, Qel8s, qel::ownSum_8s_C3CMR_W7)
@@ -177,10 +178,10 @@ MEAN_C3CMR(qeliMean_16u_C3CMR, Qel16u, qel::ownSum_16u_C3CMR_W7)
 MEAN_C3CMR(qeliMean_32f_C3CMR, Qel32f, qel::ownSum_32f_C3CMR_W7)
 #undef MEAN_C3CMR
 
-#define MEAN_STD_DEV_C1R(name, T, kernel, from, correct)                                                            \
-    qelStatus name(const T* pSrc, int srcStep, QelSize roiSize, Qel64f* pMean, Qel64f* pStdDev) {                   \
-        return qel::meanStdDev<T>({pSrc, srcStep, nullptr, 0, roiSize, 1}, qel::kC1R, kernel, from, correct, pMean, \
-                                  pStdDev);                                                                         \
+#define MEAN_STD_DEV_C1R(name, T, kernel, from, correct)                                                         \
+    qelStatus name(const T* pSrc, int srcStep, QelSize roiSize, Qel64f* pMean, Qel64f* pStdDev) {                \
+        return qel::meanStdDev<T>({{pSrc, srcStep}, {nullptr, 0}, roiSize, 1}, qel::kC1R, kernel, from, correct, \
+                                  pMean, pStdDev);                                                               \
     }
 MEAN_STD_DEV_C1R(qeliMean_StdDev_8u_C1R, Qel8u, qel::ownSumSq_8u_C1R_W7, qel::kCoresFrom17, qel::Exact())
 MEAN_STD_DEV_C1R(qeliMean_StdDev_8s_C1R, Qel8s, qel::ownSumSq_8s_C1R_W7, qel::kFrom17, qel::Exact())
@@ -189,10 +190,10 @@ MEAN_STD_DEV_C1R(qeliMean_StdDev_32f_C1R, Qel32f, qel::kSumSq_32f_C1R, qel::kFro
                  qel::Corrected{qel::ownSq_32f_C1R_W7})
 #undef MEAN_STD_DEV_C1R
 
-#define MEAN_STD_DEV_C3CR(name, T, kernel, from, correct)                                                              \
-    qelStatus name(const T* pSrc, int srcStep, QelSize roiSize, int coi, Qel64f* pMean, Qel64f* pStdDev) {             \
-        return qel::meanStdDev<T>({pSrc, srcStep, nullptr, 0, roiSize, coi}, qel::kC3CR, kernel, from, correct, pMean, \
-                                  pStdDev);                                                                            \
+#define MEAN_STD_DEV_C3CR(name, T, kernel, from, correct)                                                           \
+    qelStatus name(const T* pSrc, int srcStep, QelSize roiSize, int coi, Qel64f* pMean, Qel64f* pStdDev) {          \
+        return qel::meanStdDev<T>({{pSrc, srcStep}, {nullptr, 0}, roiSize, coi}, qel::kC3CR, kernel, from, correct, \
+                                  pMean, pStdDev);                                                                  \
     }
 MEAN_STD_DEV_C3CR(qeliMean_StdDev_8u_C3CR, Qel8u, qel::ownSumSq_8u_C3CR_W7, qel::kFrom17, qel::Exact())
 MEAN_STD_DEV_C3CR(qeliMean_StdDev_8s_C3CR, Qel8s, qel::ownSumSq_8s_C3CR_W7, qel::kFrom17, qel::Exact())
@@ -201,11 +202,11 @@ MEAN_STD_DEV_C3CR(qeliMean_StdDev_32f_C3CR, Qel32f, qel::kSumSq_32f_C3CR, qel::k
                   qel::Corrected{qel::ownSq_32f_C3CR_W7})
 #undef MEAN_STD_DEV_C3CR
 
-#define MEAN_STD_DEV_C1MR(name, T, kernel, from, correct)                                                          \
-    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pMean,   \
-                   Qel64f* pStdDev) {                                                                              \
-        return qel::meanStdDev<T>({pSrc, srcStep, pMask, maskStep, roiSize, 1}, qel::kC1MR, kernel, from, correct, \
-                                  pMean, pStdDev);                                                                 \
+#define MEAN_STD_DEV_C1MR(name, T, kernel, from, correct)                                                              \
+    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pMean,       \
+                   Qel64f* pStdDev) {                                                                                  \
+        return qel::meanStdDev<T>({{pSrc, srcStep}, {pMask, maskStep}, roiSize, 1}, qel::kC1MR, kernel, from, correct, \
+                                  pMean, pStdDev);                                                                     \
     }
 MEAN_STD_DEV_C1MR(qeliMean_StdDev_8u_C1MR, Qel8u, qel::ownSumSq_8u_C1MR_W7, qel::kFrom17, qel::Exact())
 MEAN_STD_DEV_C1MR(qeliMean_StdDev_8s_C1MR, Qel8s, qel::ownSumSq_8s_C1MR_W7, qel::kFrom17, qel::Exact())
@@ -214,11 +215,11 @@ MEAN_STD_DEV_C1MR(qeliMean_StdDev_32f_C1MR, Qel32f, qel::ownSumSq_32f_C1MR_W7, q
                   qel::Corrected{qel::ownSq_32f_C1MR_W7})
 #undef MEAN_STD_DEV_C1MR
 
-#define MEAN_STD_DEV_C3CMR(name, T, kernel, from, correct)                                                            \
-    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,            \
-                   Qel64f* pMean, Qel64f* pStdDev) {                                                                  \
-        return qel::meanStdDev<T>({pSrc, srcStep, pMask, maskStep, roiSize, coi}, qel::kC3CMR, kernel, from, correct, \
-                                  pMean, pStdDev);                                                                    \
+#define MEAN_STD_DEV_C3CMR(name, T, kernel, from, correct)                                                       \
+    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,       \
+                   Qel64f* pMean, Qel64f* pStdDev) {                                                             \
+        return qel::meanStdDev<T>({{pSrc, srcStep}, {pMask, maskStep}, roiSize, coi}, qel::kC3CMR, kernel, from, \
+                                  correct, pMean, pStdDev);                                                      \
     }
 MEAN_STD_DEV_C3CMR(qeliMean_StdDev_8u_C3CMR, Qel8u, qel::ownSumSq_8u_C3CMR_W7, qel::kFrom17, qel::Exact())
 MEAN_STD_DEV_C3CMR(qeliMean_StdDev_8s_C3CMR, Qel8s, qel::ownSumSq_8s_C3CMR_W7, qel::kFrom17, qel::Exact())

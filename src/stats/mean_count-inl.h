@@ -17,9 +17,9 @@ class PixelCount {
 public:
     HWY_INLINE PixelCount() : ones_(hn::Zero(D64())), onesOfEight_(hn::Zero(D64x1())) {}
 
-    HWY_INLINE void addRows(const Qel8u* pMask, int maskStep, QelSize size) {
-        size = joinRows(size, isGapless(pMask, maskStep, size.width));
-        for (int y = 0; y < size.height; ++y) addRow(row(pMask, maskStep, y), static_cast<size_t>(size.width));
+    HWY_INLINE void addRows(Plane<const Qel8u> mask, QelSize size) {
+        size = joinRows(size, isGapless(mask, size.width));
+        for (int y = 0; y < size.height; ++y) addRow(mask.row(y), static_cast<size_t>(size.width));
     }
 
     HWY_INLINE void addRow(const Qel8u* mask, size_t width) {

@@ -4,6 +4,7 @@
 #include "stats/mean_kernels.h"
 
 #define HWY_TARGET_INCLUDE "stats/mean_float_kernels.cpp"
+#include "frame/arithmetic-inl.h"
 #include "frame/channel-inl.h"
 #include "frame/simd-inl.h"
 #include "stats/mask-inl.h"
@@ -23,8 +24,6 @@ namespace HWY_NAMESPACE {
 namespace {
 
 using D4 = hn::FixedTag<Qel32f, 4>;
-using D2 = hn::FixedTag<Qel64f, 2>;
-using V2 = hn::Vec<D2>;
 using Wide = hn::ScalableTag<Qel32f>;
 
 // What becomes of a sample before it is added, and whether the sum is wanted beside the squares.
@@ -121,8 +120,8 @@ public:
     }
 
 private:
-    HWY_INLINE const Qel32f* srcRow(int y) const { return row(samples_.pSrc, samples_.srcStep, y); }
-    HWY_INLINE const Qel8u* maskRow(int y) const { return row(samples_.pMask, samples_.maskStep, y); }
+    HWY_INLINE const Qel32f* srcRow(int y) const { return samples_.src.row(y); }
+    HWY_INLINE const Qel8u* maskRow(int y) const { return samples_.mask.row(y); }
 
     // As many pixels of row y as there are lanes.
     template <class DV>
@@ -194,30 +193,26 @@ HWY_INLINE void addChains(const R& reader, size_t width, Lanes<D, kVectors>& lan
 }
 
 struct Total {
-    V2 sum, squares;
+    FourLaneSum sum, squares;
     PixelCount pixels;
 
-    HWY_INLINE Total() : sum(hn::Zero(D2())), squares(hn::Zero(D2())) {}
+    HWY_INLINE Total() {}
 };
-
-HWY_INLINE Qel64f addLanes(V2 v) { return hn::GetLane(v) + hn::GetLane(hn::Reverse2(D2(), v)); }
 
 // For each chain, in order: lanes 2 and 3 are added to lanes 0 and 1 in single precision, then both sums are widened
 // and added to the two of the total.
 template <class D, size_t kVectors>
-HWY_INLINE void foldInto(V2& total, const hn::Vec<D> (&lanes)[kVectors], D d) {
+HWY_INLINE void foldInto(FourLaneSum& total, const hn::Vec<D> (&lanes)[kVectors], D d) {
     constexpr size_t kLanes = hn::MaxLanes(d);
     alignas(64) Qel32f sums[kVectors * kLanes];
 #pragma GCC unroll 2
     for (size_t v = 0; v < kVectors; ++v) hn::Store(hn::Add(lanes[v], hn::Shuffle1032(lanes[v])), d, sums + v * kLanes);
-    for (size_t i = 0; i < kVectors * kLanes; i += 4)
-        total = hn::Add(total, hn::PromoteTo(D2(), hn::Load(hn::Half<D4>(), sums + i)));
+    for (size_t i = 0; i < kVectors * kLanes; i += 4) total.foldPair(hn::Load(hn::Half<D4>(), sums + i));
 }
 
 template <bool kMasked>
 HWY_INLINE void countRows(const Samples<Qel32f>& samples, int y, int rows, PixelCount* pPixels) {
-    if (kMasked)
-        pPixels->addRows(row(samples.pMask, samples.maskStep, y), samples.maskStep, {samples.roiSize.width, rows});
+    if (kMasked) pPixels->addRows(samples.mask.from(y), {samples.roiSize.width, rows});
 }
 
 template <bool kMasked>
@@ -277,8 +272,8 @@ HWY_INLINE void sumSerially(const Samples<Qel32f>& samples, Lanes<D4, 1>& lanes,
 template <int kRows, int kChannels, bool kMasked>
 void sumSquares(const Samples<Qel32f>& samples, Sums* pSums) {
     const Total total = sumChains<kRows, kChannels, kMasked>(samples, Itself());
-    pSums->sum = addLanes(total.sum);
-    pSums->squares = addLanes(total.squares);
+    pSums->sum = total.sum.get();
+    pSums->squares = total.squares.get();
     pSums->count = countOf<kMasked>(samples, total.pixels);
 }
 
@@ -290,8 +285,8 @@ void sumSquaresSmall(const Samples<Qel32f>& samples, Sums* pSums) {
     sumSerially<2, kChannels, false>(samples, lanes, &total.pixels);
     foldInto(total.sum, lanes.sum, D4());
     foldInto(total.squares, lanes.squares, D4());
-    pSums->sum = addLanes(total.sum);
-    pSums->squares = addLanes(total.squares);
+    pSums->sum = total.sum.get();
+    pSums->squares = total.squares.get();
     pSums->count = countOf<false>(samples, total.pixels);
 }
 
@@ -300,16 +295,15 @@ void sumMasked(const Samples<Qel32f>& samples, Sums* pSums) {
     Lanes<D4, 1> lanes;
     PixelCount pixels;
     sumSerially<1, 1, true>(samples, lanes, &pixels);
-    const hn::Half<D4> half;
-    const V2 low = hn::PromoteTo(D2(), hn::LowerHalf(half, lanes.sum[0]));
-    const V2 high = hn::PromoteTo(D2(), hn::UpperHalf(half, lanes.sum[0]));
-    pSums->sum = addLanes(hn::Add(low, high));
+    FourLaneSum total;
+    total.foldWidened(lanes.sum[0]);
+    pSums->sum = total.get();
     pSums->count = pixels.get();
 }
 
 template <int kChannels, bool kMasked>
 void sumDistances(const Samples<Qel32f>& samples, Qel32f mean, Qel64f* pSum) {
-    *pSum = addLanes(sumChains<1, kChannels, kMasked>(samples, DistanceFrom{mean}).squares);
+    *pSum = sumChains<1, kChannels, kMasked>(samples, DistanceFrom{mean}).squares.get();
 }
 
 }  // namespace

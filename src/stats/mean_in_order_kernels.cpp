@@ -96,8 +96,8 @@ public:
     HWY_INLINE bool addSideBySide(RunningSum* pSum) const {
         SideBySide sum;
         for (int y = 0; y < samples_.roiSize.height; ++y) {
-            const Qel32f* p = row(samples_.pSrc, samples_.srcStep, y);
-            const Qel8u* mask = row(samples_.pMask, samples_.maskStep, y);
+            const Qel32f* p = samples_.src.row(y);
+            const Qel8u* mask = samples_.mask.row(y);
             size_t x = 0;
             for (; width_ - x >= kLanes; x += kLanes) {
                 if (kLoadsUnderMask) prefetch_(x, mask, p);
@@ -118,8 +118,8 @@ public:
         size_t waiting = 0;
         Qel64f sum = pSum->value;
         for (int y = 0; y < samples_.roiSize.height; ++y) {
-            const Qel32f* p = row(samples_.pSrc, samples_.srcStep, y);
-            const Qel8u* mask = row(samples_.pMask, samples_.maskStep, y);
+            const Qel32f* p = samples_.src.row(y);
+            const Qel8u* mask = samples_.mask.row(y);
             for (size_t x = 0; x < width_;) {
                 if (width_ - x >= kLanes) {
                     const auto m = hn::PromoteTo(d32, hn::LoadU(MaskTag<Wide>(), mask + x));
@@ -167,7 +167,7 @@ void sumInOrder(const Samples<Qel32f>& samples, Sums* pSums) {
         const Samples<Qel32f> band = samples.rows(y, rows);
         const Strip strip(band, pick, prefetch);
         if (!strip.addSideBySide(&sum)) strip.addInOrder(&sum);
-        pixels.addRows(band.pMask, band.maskStep, band.roiSize);
+        pixels.addRows(band.mask, band.roiSize);
     }
     pSums->sum = sum.value;
     pSums->count = pixels.get();

@@ -207,8 +207,8 @@ HWY_INLINE void addRows(const Samples<T>& samples, size_t width, int rows, Sums*
     using Total = typename Family::template Total<D>;
     RowAdder<D, Total, kChannels, kMasked> adder(samples.roiSize, samples.coi);
     for (int y = 0; y < rows; ++y) {
-        const Qel8u* mask = kMasked ? row(samples.pMask, samples.maskStep, y) : nullptr;
-        adder.addRow(reinterpret_cast<const hn::TFromD<D>*>(row(samples.pSrc, samples.srcStep, y)), mask, width);
+        const Qel8u* mask = kMasked ? samples.mask.row(y) : nullptr;
+        adder.addRow(reinterpret_cast<const hn::TFromD<D>*>(samples.src.row(y)), mask, width);
     }
     constexpr int64_t b = Total::kBias;
     const int64_t count = kMasked ? adder.pixels.get() : static_cast<int64_t>(width) * rows;
@@ -226,8 +226,8 @@ HWY_INLINE void addBand(const Samples<T>& samples, Sums* pSums) {
     using Narrow = hn::CappedTag<Sample, 16 / sizeof(Sample)>;
     size_t width = static_cast<size_t>(samples.roiSize.width);
     int rows = samples.roiSize.height;
-    const bool packed = static_cast<size_t>(samples.srcStep) == width * kChannels * sizeof(Sample) &&
-                        (!kMasked || static_cast<size_t>(samples.maskStep) == width);
+    const bool packed = isGapless(samples.src, samples.roiSize.width, kChannels) &&
+                        (!kMasked || isGapless(samples.mask, samples.roiSize.width));
     if (packed) {  // one long row
         width *= static_cast<size_t>(rows);
         rows = 1;

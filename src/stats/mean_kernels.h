@@ -12,17 +12,14 @@ namespace qel {
 // The samples that a sum runs over: one channel of a region, where the mask is not zero.
 template <class T>
 struct Samples {
-    const T* pSrc;
-    int srcStep;
-    const Qel8u* pMask;  // null where all pixels count
-    int maskStep;
+    Plane<const T> src;
+    Plane<const Qel8u> mask;  // null where all pixels count
     QelSize roiSize;
     int coi;  // 1, 2 or 3; 1 where there is but one channel
 
     // A band of whole rows.
     Samples rows(int y, int height) const {
-        return {row(pSrc, srcStep, y),   srcStep, pMask == nullptr ? nullptr : row(pMask, maskStep, y), maskStep,
-                {roiSize.width, height}, coi};
+        return {src.from(y), mask.p == nullptr ? mask : mask.from(y), {roiSize.width, height}, coi};
     }
 };
 

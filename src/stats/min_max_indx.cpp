@@ -14,10 +14,8 @@ constexpr ParallelFrom kMinMax = {.inAll = 0x4000};
 // The samples that take part: those of one channel, where a mask is given under its bytes other than zero.
 template <class T>
 struct Source {
-    const T* pSrc;
-    int srcStep;
-    const Qel8u* pMask;
-    int maskStep;
+    Plane<const T> src;
+    Plane<const Qel8u> mask;
     QelSize roiSize;
     int coi;
 };
@@ -49,17 +47,17 @@ void merge(Extremes<T>& total, const Extremes<T>& later) {
 // True where no pixel takes part. Any sample that does brings the extremes in order, unless it is a NaN.
 template <class T>
 bool isEmpty(const Source<T>& s, const Extremes<T>& e) {
-    if (s.pMask == nullptr || e.low <= e.high) return false;
+    if (s.mask.p == nullptr || e.low <= e.high) return false;
     if constexpr (std::is_integral_v<T>) return true;
     Extremes<Qel8u> mask;
-    ownMinMaxIndx_8u_C1R_1(s.pMask, s.maskStep, nullptr, 0, s.roiSize, 1, &mask);
+    ownMinMaxIndx_8u_C1R_1(s.mask, {}, s.roiSize, 1, &mask);
     return mask.high == 0;
 }
 
 // Finds the column of a value whose row is known.
 template <class T>
 void report(const Source<T>& s, ColumnKernel<T>* column, T value, int y, Qel32f* pValue, QelPoint* pIndex) {
-    const int x = column(row(s.pSrc, s.srcStep, y), row(s.pMask, s.maskStep, y), s.roiSize.width, s.coi, &value);
+    const int x = column(s.src.row(y), s.mask.row(y), s.roiSize.width, s.coi, &value);
     write(static_cast<Qel32f>(value), {x, y}, pValue, pIndex);
 }
 
@@ -68,8 +66,7 @@ qelStatus findExtremes(const Source<T>& s, const Kernels<T>& kernels, const Outp
     ExtremesKernel<T>* const ofRows = kernels.extremes;
     const auto ofShare = [&](const Share& share) {
         Extremes<T> e;
-        ofRows(row(s.pSrc, s.srcStep, share.y), s.srcStep, row(s.pMask, s.maskStep, share.y), s.maskStep, share.size,
-               s.coi, &e);
+        ofRows(s.src.from(share.y), s.mask.from(share.y), share.size, s.coi, &e);
         e.lowRow += share.y;
         e.highRow += share.y;
         return e;
@@ -78,7 +75,7 @@ qelStatus findExtremes(const Source<T>& s, const Kernels<T>& kernels, const Outp
     if (!kMinMax.reachedBy(s.roiSize)) {
         // Not by way of ofShare: the fields have just been stored one by one, and copying them as one would wait for
         // the stores, which tells in a small region.
-        ofRows(s.pSrc, s.srcStep, s.pMask, s.maskStep, s.roiSize, s.coi, &extremes);
+        ofRows(s.src, s.mask, s.roiSize, s.coi, &extremes);
     } else {
         const qelStatus status = reduceRows(s.roiSize, true, &extremes, ofShare, merge<T>);
         if (status != qelStatusOk) return status;
@@ -101,7 +98,7 @@ qelStatus minMaxIndx(const T* pSrc, int srcStep, QelSize roiSize, int channels, 
     const qelStatus status =
         Check().pointers(pSrc).size(roiSize).steps(rowOf<T>(roiSize.width, channels), srcStep).channel(coi).status();
     if (status != qelStatusOk) return status;
-    return findExtremes<T>({pSrc, srcStep, nullptr, 0, roiSize, coi}, kernels, out);
+    return findExtremes<T>({{pSrc, srcStep}, {}, roiSize, coi}, kernels, out);
 }
 
 template <class T>
@@ -117,7 +114,7 @@ qelStatus minMaxIndx(const T* pSrc, int srcStep, const Qel8u* pMask, int maskSte
                                  .channel(coi)
                                  .status();
     if (status != qelStatusOk) return status;
-    return findExtremes<T>({pSrc, srcStep, pMask, maskStep, roiSize, coi}, kernels, out);
+    return findExtremes<T>({{pSrc, srcStep}, {pMask, maskStep}, roiSize, coi}, kernels, out);
 }
 
 }  // namespace

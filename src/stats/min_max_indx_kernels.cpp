@@ -151,19 +151,13 @@ HWY_INLINE void takePixels(D d, const Channel& channel, const hn::TFromD<D>* pix
 
 template <class T>
 struct Region {
-    const T* pSrc;
-    int srcStep;
-    const Qel8u* pMask;
-    int maskStep;
+    Plane<const T> src;
+    Plane<const Qel8u> mask;
     QelSize size;
 
     // As many as there are of `rows` rows from row y on.
     Region strip(int y, int rows) const {
-        return {row(pSrc, srcStep, y),
-                srcStep,
-                row(pMask, maskStep, y),
-                maskStep,
-                {size.width, HWY_MIN(rows, size.height - y)}};
+        return {src.from(y), mask.from(y), {size.width, HWY_MIN(rows, size.height - y)}};
     }
 };
 
@@ -177,8 +171,8 @@ HWY_INLINE LaneExtremes<D> takeRows(D d, const Channel& channel, const Region<hn
     LaneExtremes<D> even = before;
     LaneExtremes<D> odd = before;
     for (int y = 0; y < r.size.height; ++y) {
-        const auto* const pixels = row(r.pSrc, r.srcStep, y);
-        const auto* const mask = row(r.pMask, r.maskStep, y);
+        const auto* const pixels = r.src.row(y);
+        const auto* const mask = r.mask.row(y);
         size_t x = 0;
         for (; x + n < last; x += 2 * n) {
             takePixels<kMasked>(d, channel, pixels, mask, x, even);
@@ -210,8 +204,8 @@ HWY_INLINE int firstRowWith(T value, D d, const Channel& channel, const Region<T
     const size_t last = static_cast<size_t>(r.size.width) - hn::Lanes(d);
     int y = 0;
     for (; y + 1 < r.size.height; ++y) {
-        const auto* const pixels = row(r.pSrc, r.srcStep, y);
-        const auto* const mask = row(r.pMask, r.maskStep, y);
+        const auto* const pixels = r.src.row(y);
+        const auto* const mask = r.mask.row(y);
         hn::Mask<D> found = equalPixels<kMasked>(d, channel, pixels, mask, last, wanted);
         for (size_t x = 0; x < last; x += hn::Lanes(d)) {
             found = hn::Or(found, equalPixels<kMasked>(d, channel, pixels, mask, x, wanted));
@@ -253,15 +247,14 @@ using BlockTag = hn::FixedTag<T, 16 / sizeof(T)>;
 
 // The row phase, in vectors no wider than a row.
 template <template <class> class Channel, bool kMasked, class T>
-void extremes(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize size, int coi,
-              Extremes<T>* pExtremes) {
+void extremes(Plane<const T> src, Plane<const Qel8u> mask, QelSize size, int coi, Extremes<T>* pExtremes) {
     using Single = hn::FixedTag<T, 1>;
     // One of three channels comes faster from memory in vectors of 32 bytes than of 64, and puts no more than 16 bytes
     // of a mask in order.
     constexpr bool kOfThree = Channel<Single>::kChannels == 3;
     constexpr size_t kMostLanes = !kOfThree ? 64 : kMasked && sizeof(T) == 1 ? 16 : 32 / sizeof(T);
     using Wide = hn::CappedTag<T, kMostLanes>;
-    const Region<T> r = {pSrc, srcStep, pMask, maskStep, size};
+    const Region<T> r = {src, mask, size};
     const auto run = [&](auto d) HWY_ATTR { *pExtremes = extremesOf<kMasked>(d, Channel<decltype(d)>(coi), r); };
     // NOLINTNEXTLINE(bugprone-branch-clone): on some instruction sets two of the vectors are the same
     if (size.width >= static_cast<int>(hn::Lanes(Wide()))) {

@@ -18,10 +18,9 @@ struct Extremes {
     int highRow = 0;
 };
 
-// Row phase. A NaN is never recorded. Forms without a mask ignore pMask and maskStep, forms of one channel ignore coi.
+// Row phase. A NaN is never recorded. Forms without a mask ignore `mask`, forms of one channel ignore coi.
 template <class T>
-using ExtremesKernel = void(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize size, int coi,
-                            Extremes<T>* pExtremes);
+using ExtremesKernel = void(Plane<const T> src, Plane<const Qel8u> mask, QelSize size, int coi, Extremes<T>* pExtremes);
 
 // Column phase: the first pixel of a row whose sample equals *pValue, which becomes that sample: of the two zeros, the
 // one that comes first. Where none does, 0.

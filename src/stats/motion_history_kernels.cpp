@@ -27,7 +27,8 @@ HWY_INLINE hn::Mask<D> isStill(D d, const T* p) {
 template <class T>
 void updateRows(const T* pSilhouette, int silhStep, Qel32f* pMHI, int mhiStep, QelSize size, Qel32f timeStamp,
                 Qel32f limit) {
-    size = joinRows(size, isGapless(pSilhouette, silhStep, size.width) && isGapless(pMHI, mhiStep, size.width));
+    size = joinRows(size,
+                    isGapless(Plane{pSilhouette, silhStep}, size.width) && isGapless(Plane{pMHI, mhiStep}, size.width));
     for (int y = 0; y < size.height; ++y) {
         const T* silhouette = row(pSilhouette, silhStep, y);
         Qel32f* history = row(pMHI, mhiStep, y);

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "frame/arithmetic-inl.h"
 #include "frame/channel-inl.h"
 #include "frame/simd-inl.h"
 #include "stats/mask-inl.h"
@@ -73,14 +74,12 @@ HWY_INLINE hn::Vec<MagnitudeTag<D>> magnitude(V v) {
 
 template <class V, class D = hn::DFromV<V>>
 HWY_INLINE hn::Vec<MagnitudeTag<D>> magnitudeOfDifference(V a, V b) {
-    if constexpr (hwy::IsFloat<hn::TFromD<D>>()) {
-        return hn::Abs(hn::Sub(a, b));
-    } else if constexpr (hwy::IsSigned<hn::TFromD<D>>()) {
+    if constexpr (hwy::IsSigned<hn::TFromD<D>>() && !hwy::IsFloat<hn::TFromD<D>>()) {
         const MagnitudeTag<D> du;
         const auto bias = hn::Set(du, 0x80);
         return magnitudeOfDifference(hn::Xor(hn::BitCast(du, a), bias), hn::Xor(hn::BitCast(du, b), bias));
     } else {
-        return hn::Or(hn::SaturatedSub(a, b), hn::SaturatedSub(b, a));  // one of the two is zero
+        return absDiff(a, b);
     }
 }
 
@@ -92,9 +91,7 @@ struct NormRow {
     const Qel8u* mask;
 
     NormRow(const NormRegion<T>& region, int y)
-        : src1(row(region.pSrc1, region.src1Step, y)),
-          src2(row(region.pSrc2, region.src2Step, y)),
-          mask(row(region.pMask, region.maskStep, y)) {}
+        : src1(region.src1.row(y)), src2(region.src2.row(y)), mask(region.mask.row(y)) {}
     NormRow(const T* a, const T* b, const Qel8u* m) : src1(a), src2(b), mask(m) {}
 };
 
@@ -102,9 +99,8 @@ struct NormRow {
 template <class T>
 HWY_INLINE NormRegion<T> joinedRows(NormRegion<T> region, int channels) {
     const int width = region.size.width;
-    region.size = joinRows(region.size, isGapless(region.pSrc1, region.src1Step, width, channels) &&
-                                            isGapless(region.pSrc2, region.src2Step, width, channels) &&
-                                            isGapless(region.pMask, region.maskStep, width));
+    region.size = joinRows(region.size, isGapless(region.src1, width, channels) &&
+                                            isGapless(region.src2, width, channels) && isGapless(region.mask, width));
     return region;
 }
 

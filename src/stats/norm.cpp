@@ -47,10 +47,10 @@ template <class T, class Kernels>
 qelStatus sumsOf(const NormRegion<T>& region, int channels, const Qel64f* pValue, const Kernels& kernels, Norm norm,
                  const ParallelFrom& from, NormSums* pSums) {
     const qelStatus status = Check()
-                                 .pointers(region.pSrc1, region.pSrc2, region.pMask, pValue)
+                                 .pointers(region.src1.p, region.src2.p, region.mask.p, pValue)
                                  .size(region.size)
-                                 .steps(rowOf<T>(region.size.width, channels), region.src1Step, region.src2Step)
-                                 .stepSizes(rowOf<Qel8u>(region.size.width), region.maskStep)
+                                 .steps(rowOf<T>(region.size.width, channels), region.src1.step, region.src2.step)
+                                 .stepSizes(rowOf<Qel8u>(region.size.width), region.mask.step)
                                  .channel(region.coi)
                                  .status();
     if (status != qelStatusOk) return status;
@@ -63,14 +63,7 @@ qelStatus sumsOf(const NormRegion<T>& region, int channels, const Qel64f* pValue
     }
     return reduceRows(
         region.size, true, pSums,
-        [&](const Share& share) {
-            NormRegion<T> rows = region;
-            rows.pSrc1 = row(region.pSrc1, region.src1Step, share.y);
-            rows.pSrc2 = row(region.pSrc2, region.src2Step, share.y);
-            rows.pMask = row(region.pMask, region.maskStep, share.y);
-            rows.size = share.size;
-            return pick(kernels, share.size)(rows);
-        },
+        [&](const Share& share) { return pick(kernels, share.size)(region.rows(share.y, share.size.height)); },
         norm == Norm::Inf ? mergeLargest : mergeSum);
 }
 
@@ -107,16 +100,16 @@ qelStatus relativeNorm(const NormRegion<T>& region, int channels, Qel64f* pValue
 }  // namespace
 }  // namespace qel
 
-#define NORM_C1MR(name, T, kernel, which, parallelFrom)                                                             \
-    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue) { \
-        return qel::norm<T>({pSrc, srcStep, pSrc, srcStep, pMask, maskStep, roiSize, 1}, 1, pValue, qel::kernel,    \
-                            qel::Norm::which, qel::parallelFrom);                                                   \
+#define NORM_C1MR(name, T, kernel, which, parallelFrom)                                                                \
+    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, Qel64f* pValue) {    \
+        return qel::norm<T>({{pSrc, srcStep}, {pSrc, srcStep}, {pMask, maskStep}, roiSize, 1}, 1, pValue, qel::kernel, \
+                            qel::Norm::which, qel::parallelFrom);                                                      \
     }
-#define NORM_C3CMR(name, T, kernel, which, parallelFrom)                                                           \
-    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,         \
-                   Qel64f* pValue) {                                                                               \
-        return qel::norm<T>({pSrc, srcStep, pSrc, srcStep, pMask, maskStep, roiSize, coi}, 3, pValue, qel::kernel, \
-                            qel::Norm::which, qel::parallelFrom);                                                  \
+#define NORM_C3CMR(name, T, kernel, which, parallelFrom)                                                    \
+    qelStatus name(const T* pSrc, int srcStep, const Qel8u* pMask, int maskStep, QelSize roiSize, int coi,  \
+                   Qel64f* pValue) {                                                                        \
+        return qel::norm<T>({{pSrc, srcStep}, {pSrc, srcStep}, {pMask, maskStep}, roiSize, coi}, 3, pValue, \
+                            qel::kernel, qel::Norm::which, qel::parallelFrom);                              \
     }
 NORM_C1MR(qeliNorm_Inf_8u_C1MR, Qel8u, ownNorm_Inf_8u_C1MR_W7, Inf, kFrom19)
 NORM_C3CMR(qeliNorm_Inf_8u_C3CMR, Qel8u, ownNorm_Inf_8u_C3CMR_W7, Inf, kFrom17)
@@ -145,17 +138,17 @@ NORM_C3CMR(qeliNorm_L2_32f_C3CMR, Qel32f, ownNorm_L2_32f_C3CMR_W7, L2, kCoresFro
 #undef NORM_C1MR
 #undef NORM_C3CMR
 
-#define NORM_OF_TWO_C1MR(name, T, report, kernel, which, parallelFrom)                                                 \
-    qelStatus name(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, const Qel8u* pMask, int maskStep,       \
-                   QelSize roiSize, Qel64f* pValue) {                                                                  \
-        return qel::report<T>({pSrc1, src1Step, pSrc2, src2Step, pMask, maskStep, roiSize, 1}, 1, pValue, qel::kernel, \
-                              qel::Norm::which, qel::parallelFrom);                                                    \
-    }
-#define NORM_OF_TWO_C3CMR(name, T, report, kernel, which, parallelFrom)                                          \
+#define NORM_OF_TWO_C1MR(name, T, report, kernel, which, parallelFrom)                                           \
     qelStatus name(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, const Qel8u* pMask, int maskStep, \
-                   QelSize roiSize, int coi, Qel64f* pValue) {                                                   \
-        return qel::report<T>({pSrc1, src1Step, pSrc2, src2Step, pMask, maskStep, roiSize, coi}, 3, pValue,      \
+                   QelSize roiSize, Qel64f* pValue) {                                                            \
+        return qel::report<T>({{pSrc1, src1Step}, {pSrc2, src2Step}, {pMask, maskStep}, roiSize, 1}, 1, pValue,  \
                               qel::kernel, qel::Norm::which, qel::parallelFrom);                                 \
+    }
+#define NORM_OF_TWO_C3CMR(name, T, report, kernel, which, parallelFrom)                                           \
+    qelStatus name(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, const Qel8u* pMask, int maskStep,  \
+                   QelSize roiSize, int coi, Qel64f* pValue) {                                                    \
+        return qel::report<T>({{pSrc1, src1Step}, {pSrc2, src2Step}, {pMask, maskStep}, roiSize, coi}, 3, pValue, \
+                              qel::kernel, qel::Norm::which, qel::parallelFrom);                                  \
     }
 NORM_OF_TWO_C1MR(qeliNormDiff_Inf_8u_C1MR, Qel8u, norm, ownNormDiff_Inf_8u_C1MR_W7, Inf, kSerial)
 NORM_OF_TWO_C3CMR(qeliNormDiff_Inf_8u_C3CMR, Qel8u, norm, ownNormDiff_Inf_8u_C3CMR_W7, Inf, kSerial)

@@ -12,7 +12,6 @@ namespace {
 
 using F4 = hn::FixedTag<Qel32f, 4>;
 using F1 = hn::FixedTag<Qel32f, 1>;
-using D2 = hn::FixedTag<Qel64f, 2>;
 
 struct Magnitude {
     template <class V>
@@ -41,9 +40,7 @@ public:
     // Rows that lie side by side in a vector.
     static constexpr size_t kRows = HWY_MAX(hn::MaxLanes(Wide()) / kRowLanes, 1);
 
-    explicit HWY_INLINE RowSums(const NormRegion<Qel32f>& region) : channel_(region.coi), prefetch_(region.size) {
-        for (size_t i = 0; i < kSums; ++i) totals_[i] = hn::Zero(D2());
-    }
+    explicit HWY_INLINE RowSums(const NormRegion<Qel32f>& region) : channel_(region.coi), prefetch_(region.size) {}
 
     HWY_INLINE void addRow(const NormRow<Qel32f>& row, size_t width) {
         hn::Vec<F4> sums[kParts][kSums];
@@ -52,8 +49,7 @@ public:
         addRest(row, 0, width, sums);
         for (size_t i = 0; i < kSums; ++i) {
             if constexpr (kParts > 1) sums[0][i] = hn::Add(sums[0][i], sums[1][i]);
-            const hn::Half<F4> half;
-            addPair(i, hn::Add(hn::LowerHalf(half, sums[0][i]), hn::UpperHalf(half, sums[0][i])));
+            totals_[i].fold(sums[0][i]);
         }
     }
 
@@ -109,15 +105,14 @@ public:
             if constexpr (kParts > 1) sums[i] = hn::Add(sums[i], hn::SwapAdjacentBlocks(sums[i]));
             hn::StoreU(hn::Add(sums[i], hn::Shuffle1032(sums[i])), d, lanes[i]);
 #pragma GCC unroll 4
-            for (size_t r = 0; r < kRows; ++r) addPair(i, hn::LoadU(hn::Half<F4>(), lanes[i] + r * kRowLanes));
+            for (size_t r = 0; r < kRows; ++r) totals_[i].foldPair(hn::LoadU(hn::Half<F4>(), lanes[i] + r * kRowLanes));
         }
     }
 
     // The totals, rounded to single precision.
     HWY_INLINE NormSums sums() const {
         Qel64f totals[kSums];
-        for (size_t i = 0; i < kSums; ++i)
-            totals[i] = static_cast<Qel32f>(hn::GetLane(hn::SumOfLanes(D2(), totals_[i])));
+        for (size_t i = 0; i < kSums; ++i) totals[i] = static_cast<Qel32f>(totals_[i].get());
         return normSums<Family>(totals);
     }
 
@@ -131,11 +126,6 @@ private:
         }
         if (kParts > 1 && x + 4 <= width) add(F4(), row, x, sums[0]), x += 4;
         for (; x < width; ++x) add(F1(), row, x, sums[0]);
-    }
-
-    // Lanes 0 and 1 of a row's sum, to which lanes 2 and 3 have been added in single precision, are widened.
-    HWY_INLINE void addPair(size_t i, hn::Vec<hn::Half<F4>> pair) {
-        totals_[i] = hn::Add(totals_[i], hn::PromoteTo(D2(), pair));
     }
 
     template <class D>
@@ -152,7 +142,7 @@ private:
 
     Channel channel_;
     NormPrefetcher<Family, Channel, Qel32f> prefetch_;
-    hn::Vec<D2> totals_[kSums];
+    FourLaneSum totals_[kSums];
 };
 
 template <class Family, class Term, template <class> class Channel>

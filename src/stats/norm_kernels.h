@@ -10,14 +10,16 @@ namespace qel {
 // interest.
 template <class T>
 struct NormRegion {
-    const T* pSrc1;
-    int src1Step;
-    const T* pSrc2;
-    int src2Step;
-    const Qel8u* pMask;
-    int maskStep;
+    Plane<const T> src1;
+    Plane<const T> src2;
+    Plane<const Qel8u> mask;
     QelSize size;
     int coi;
+
+    // A band of whole rows.
+    NormRegion rows(int y, int height) const {
+        return {src1.from(y), src2.from(y), mask.from(y), {size.width, height}, coi};
+    }
 };
 
 // The largest magnitude, the sum of magnitudes or the sum of squares: of the image or of the difference, and of the
