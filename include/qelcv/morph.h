@@ -117,6 +117,142 @@ QEL_API qelStatus qeliFilterMinGetBufferSize_32f_C3R(int roiWidth, int maskWidth
 QEL_API qelStatus qeliFilterMinGetBufferSize_32f_C4R(int roiWidth, int maskWidth, int maskHeight, int* pBufferSize);
 /** @} */
 
+/**
+ * A mask for dilation and erosion, analysed once. What the mask turns out to be decides what a call costs: a filled
+ * rectangle costs what a minimum or maximum filter costs, whatever its size; a mask of one run of elements in a row,
+ * each across the anchor's column and runs of one length in line, such as an ellipse or a diamond, costs a pass over
+ * each row for each length of runs and one over its rows; any other costs a step for each of its elements; one without
+ * elements copies the image.
+ */
+typedef struct QelMorphState QelMorphState;
+
+/**
+ * @name States of dilation and erosion
+ *
+ * GetSize tells the bytes of a state for a mask with its anchor at (width / 2, height / 2), Init builds one in the
+ * caller's block, InitAlloc one in memory of its own, which qeliMorphologyFree releases. The size depends on the
+ * elements and may be another for another anchor.
+ *
+ * A state is bound to the function's sample type and channels. It keeps a copy of the mask. Calls do not change it, but
+ * use memory within it: one call at a time may work with a state, and states of their own make calls independent.
+ *
+ * @param roiWidth  width of the widest region that the state is to serve, in pixels, at least 1
+ * @param pMask     maskSize.width * maskSize.height bytes without gaps between rows; an element is set where its byte
+ *                  is not zero
+ * @param maskSize  at least 1 by 1
+ * @param anchor    the element that stands over the result's own pixel, within the mask, set or not
+ * @param pSize     receives the bytes of the state
+ * @param pState    the caller's block of as many bytes, at any address; it must outlive the calls that use it, and
+ *                  cannot be moved
+ * @param ppState   receives the state
+ *
+ * @retval qelStatusOk           the state or its size is written
+ * @retval qelStatusNullPointer  pMask is null
+ * @retval qelStatusBadSize      roiWidth, or the mask's width or height, below 1
+ * @retval qelStatusBadAnchor    the anchor is outside of the mask
+ * @retval qelStatusNoMemory     no memory for the analysis or, in InitAlloc, for the state
+ * @retval qelStatusNullPointer  pSize, pState or ppState is null
+ * @retval qelStatusOverflow     GetSize, Init: the bytes are beyond the range of int
+ *
+ * Tested in this order; on an error nothing is written and no memory is kept.
+ */
+/** @{ */
+QEL_API qelStatus qeliMorphologyGetSize_8u_C1R(int roiWidth, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphologyInit_8u_C1R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                            QelMorphState* pState);
+QEL_API qelStatus qeliMorphologyInitAlloc_8u_C1R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                                 QelMorphState** ppState);
+QEL_API qelStatus qeliMorphologyGetSize_8u_C3R(int roiWidth, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphologyInit_8u_C3R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                            QelMorphState* pState);
+QEL_API qelStatus qeliMorphologyInitAlloc_8u_C3R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                                 QelMorphState** ppState);
+QEL_API qelStatus qeliMorphologyGetSize_8u_C4R(int roiWidth, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphologyInit_8u_C4R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                            QelMorphState* pState);
+QEL_API qelStatus qeliMorphologyInitAlloc_8u_C4R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                                 QelMorphState** ppState);
+QEL_API qelStatus qeliMorphologyGetSize_32f_C1R(int roiWidth, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphologyInit_32f_C1R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                             QelMorphState* pState);
+QEL_API qelStatus qeliMorphologyInitAlloc_32f_C1R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                                  QelMorphState** ppState);
+QEL_API qelStatus qeliMorphologyGetSize_32f_C3R(int roiWidth, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphologyInit_32f_C3R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                             QelMorphState* pState);
+QEL_API qelStatus qeliMorphologyInitAlloc_32f_C3R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                                  QelMorphState** ppState);
+QEL_API qelStatus qeliMorphologyGetSize_32f_C4R(int roiWidth, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphologyInit_32f_C4R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                             QelMorphState* pState);
+QEL_API qelStatus qeliMorphologyInitAlloc_32f_C4R(int roiWidth, const Qel8u* pMask, QelSize maskSize, QelPoint anchor,
+                                                  QelMorphState** ppState);
+/** @} */
+
+/**
+ * Releases a state that a qeliMorphologyInitAlloc function made. One in a caller's block is the caller's to release.
+ *
+ * @retval qelStatusOk           the state is released
+ * @retval qelStatusNullPointer  pState is null
+ */
+QEL_API qelStatus qeliMorphologyFree(QelMorphState* pState);
+
+/**
+ * @name Dilation and erosion with a mask: the largest and the smallest sample under its elements
+ *
+ * For each channel, over all set elements (i, j) of the mask, with coordinates clamped to the region:
+ *
+ *     pDst[x, y] = max or min of pSrc[x + i - anchor.x, y + j - anchor.y]
+ *
+ * So the region's edge pixels repeat beyond it. A mask without set elements copies the source. Samples under clear
+ * elements have no effect, NaNs and infinities included. A NaN under a set element, and zeros of both signs under
+ * several, leave open which of the samples, or which zero, is the result.
+ *
+ * @param pSrc        first sample of the source region
+ * @param srcStep, dstStep  bytes from one row to the next: at least a row's bytes and a multiple of the sample size;
+ *                    bytes between rows are neither read nor written
+ * @param pDst        first sample of the result, which does not overlap the source
+ * @param roiSize     region in pixels, at least 1 by 1 and not wider than the state's roiWidth; of any height
+ * @param borderMode  qelBorderRepl, the only one that there is
+ * @param pState      a state made for the function's sample type and channels
+ *
+ * @retval qelStatusOk                      the region is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  32f: a step is not a multiple of the sample size
+ * @retval qelStatusBadArg                  borderMode is not qelBorderRepl
+ * @retval qelStatusBadSize                 the region is wider than the state serves
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. All work is done on the calling thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliDilateBorderReplicate_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                   QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliErodeBorderReplicate_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                  QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliDilateBorderReplicate_8u_C3R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                   QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliErodeBorderReplicate_8u_C3R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                  QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliDilateBorderReplicate_8u_C4R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                   QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliErodeBorderReplicate_8u_C4R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                  QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliDilateBorderReplicate_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                    QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliErodeBorderReplicate_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                   QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliDilateBorderReplicate_32f_C3R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                    QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliErodeBorderReplicate_32f_C3R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                   QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliDilateBorderReplicate_32f_C4R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                    QelSize roiSize, int borderMode, QelMorphState* pState);
+QEL_API qelStatus qeliErodeBorderReplicate_32f_C4R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                   QelSize roiSize, int borderMode, QelMorphState* pState);
+/** @} */
+
 /** A grey structuring element, for regions up to a size. Its bytes lead to each other: a copy of it is of no use. */
 typedef struct QelMorphGrayState QelMorphGrayState;
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 #include "qelcore.h"
 
@@ -27,6 +28,8 @@ public:
     Scratch& operator=(const Scratch&) = delete;
 
     T* get() const { return p_; }
+    // Leaves the memory to the caller, who releases it by qelFree.
+    T* release() { return std::exchange(p_, nullptr); }
     explicit operator bool() const { return p_ != nullptr; }
 
 private:

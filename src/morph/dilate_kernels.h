@@ -1,0 +1,60 @@
+#ifndef QELCV_MORPH_DILATE_KERNELS_H_
+#define QELCV_MORPH_DILATE_KERNELS_H_
+
+#include <array>
+#include <cstddef>
+
+#include "frame/image.h"
+#include "frame/kernel.h"
+#include "qelcv/types.h"
+
+namespace qel {
+
+// Where the samples are that are combined: in bytes from the first of the source. At least one. `ahead` says that the
+// results hold the extremes of other samples already.
+struct SampleOffsets {
+    const std::ptrdiff_t* p;
+    int count;
+    bool ahead;
+};
+
+// dst[x, y] = the extreme of src[x, y] over all offsets. `size` counts samples, whatever the channels: those of a
+// mask's elements are multiples of a pixel apart, so that each channel meets its own. Of floats that do not compare or
+// are equal, the earlier offset's is taken.
+template <class T>
+using MorphRowsKernel = void(Plane<const T> src, Plane<T> dst, QelSize size, SampleOffsets offsets);
+
+extern const Kernel<MorphRowsKernel<Qel8u>> Dilate_8u_C1S;
+extern const Kernel<MorphRowsKernel<Qel8u>> Erode_8u_C1S;
+extern const Kernel<MorphRowsKernel<Qel32f>> Dilate_32f_C1S;
+extern const Kernel<MorphRowsKernel<Qel32f>> Erode_32f_C1S;
+
+// Collects offsets and calls use(SampleOffsets) for as many at a time as fit the stack.
+template <class Use>
+class OffsetCollector {
+public:
+    explicit OffsetCollector(const Use& use) : use_(use) {}
+
+    void add(std::ptrdiff_t offset) {
+        offsets_[static_cast<size_t>(count_++)] = offset;
+        if (count_ == kMost) finish();
+    }
+
+    void finish() {
+        if (count_ > 0) use_(SampleOffsets{offsets_.data(), count_, ahead_});
+        ahead_ = true;
+        count_ = 0;
+    }
+
+private:
+    static constexpr int kMost = 512;
+
+    const Use& use_;
+    std::array<std::ptrdiff_t, kMost> offsets_;
+    int count_ = 0;
+    bool ahead_ = false;
+};
+
+}  // namespace qel
+
+#endif
