@@ -165,6 +165,98 @@ QEL_API qelStatus qeliTiltedSqrIntegral_8u32f64f_C1R(const Qel8u* pSrc, int srcS
                                                      Qel64f valSqr);
 /** @} */
 
+/**
+ * @name Standard deviation under a rectangle, at every place of it
+ *
+ * The tables are those of qeliSqrIntegral. With `rect` moved by the pixel's column c and row r, S(t) is
+ * (t[x, y] - t[x + w, y]) + (t[x + w, y + h] - t[x, y + h]) on a table t, and the result is
+ *
+ *     pDst[c, r] = sqrt(max(0, S(pSqr) / (w h) - (S(pSrc) / (w h))^2))
+ *
+ * The result is the normaliser that qeliApplyHaarClassifier takes.
+ *
+ * Arithmetic is in single precision: 32s sums are formed in integers that wrap and then rounded, 64f elements are
+ * rounded before they are summed, and each operation rounds once. 32s results come from the root of the single variance
+ * in double precision, times 2 to the power -scaleFactor, plus 0.5, cut to an integer. They do not saturate: beyond the
+ * range the result is -2^31. Only the 5 low bits of the magnitude of `scaleFactor` count.
+ *
+ * @param pSrc      element [0, 0] of the table of sums
+ * @param srcStep   bytes from one of its rows to the next: at least 4 times (roiSize.width + rect.x + rect.width), and
+ *                  a multiple of 4
+ * @param pSqr      element [0, 0] of the table of squares
+ * @param sqrStep   bytes from one of its rows to the next: at least as many columns, and a multiple of the element size
+ * @param pDst      first pixel of the result; it does not overlap the tables
+ * @param dstStep   bytes from one row of the result to the next: at least a row's, and a multiple of 4
+ * @param roiSize   the result's region in pixels, at least 1 by 1
+ * @param rect      the rectangle at the first pixel: x and y at least 0, width and height at least 1
+ * @param scaleFactor  Sfs: results are divided by 2 to this power
+ *
+ * @retval qelStatusOk                      the region is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height of roiSize below 1; tested last: x or y of `rect` below 0,
+ * its width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  a step is not a multiple of the element size
+ *
+ * Tested in the order pointers, roiSize, steps, rect; on an error nothing is written. qeliRectStdDev_32f_C1R shares its
+ * rows among OpenMP threads from 2048 pixels on, at least 1024 for each; their number does not change the result.
+ */
+/** @{ */
+QEL_API qelStatus qeliRectStdDev_32f_C1R(const Qel32f* pSrc, int srcStep, const Qel64f* pSqr, int sqrStep, Qel32f* pDst,
+                                         int dstStep, QelSize roiSize, QelRect rect);
+QEL_API qelStatus qeliRectStdDev_32s32f_C1R(const Qel32s* pSrc, int srcStep, const Qel64f* pSqr, int sqrStep,
+                                            Qel32f* pDst, int dstStep, QelSize roiSize, QelRect rect);
+QEL_API qelStatus qeliRectStdDev_32s_C1RSfs(const Qel32s* pSrc, int srcStep, const Qel32s* pSqr, int sqrStep,
+                                            Qel32s* pDst, int dstStep, QelSize roiSize, QelRect rect, int scaleFactor);
+/** @} */
+
+/**
+ * @name Standard deviation under a tilted rectangle, at every place of it
+ *
+ * The tables are those of qeliTiltedSqrIntegral. The rectangle stands on its corner: its top is at column X = x - y and
+ * row Y = x + y, a side of `width` runs down to the right and one of `height` down to the left. With it moved by the
+ * pixel's column and row, S(t) is t[X + w - h, Y + w + h] - t[X - h, Y + h] - t[X + w, Y + w] + t[X, Y], from left to
+ * right, and the result is
+ *
+ *     pDst[c, r] = sqrt(max(0, S(pSqr) / (2 w h) - (S(pSrc) / (2 w h))^2))
+ *
+ * 32f is computed in double precision up to the variance, which is rounded to single precision for the root. 32s tables
+ * are summed in integers that wrap; their means are rounded to single precision, the table of 64f squares is summed and
+ * divided in double precision, and the variance is formed in double precision and rounded for the root. 32s results are
+ * that root, times 2 to the power -scaleFactor, plus 0.5, cut to an integer, or -2^31 beyond the range; only the 5 low
+ * bits of the magnitude of `scaleFactor` count.
+ *
+ * @param pSrc      element [0, 0] of the table of sums. Where x - y - h is negative, columns left of it are read
+ * @param srcStep   bytes from one of its rows to the next: at least 4 times
+ *                  (rect.width + rect.height + rect.x + rect.y + roiSize.width - 1), and a multiple of 4
+ * @param pSqr      element [0, 0] of the table of squares, read at the same places
+ * @param sqrStep   bytes from one of its rows to the next: at least as many columns, and a multiple of the element size
+ * @param pDst      first pixel of the result; it does not overlap the tables
+ * @param dstStep   bytes from one row of the result to the next: at least a row's, and a multiple of 4
+ * @param roiSize   the result's region in pixels, at least 1 by 1
+ * @param rect      the rectangle at the first pixel: x and y at least 0, width and height at least 1
+ * @param scaleFactor  Sfs: results are divided by 2 to this power
+ *
+ * @retval qelStatusOk                      the region is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height of roiSize below 1; tested last: x or y of `rect` below 0,
+ * its width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  a step is not a multiple of the element size
+ *
+ * Tested in the order pointers, roiSize, steps, rect; on an error nothing is written. The work is done on the calling
+ * thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliTiltedRectStdDev_32f_C1R(const Qel32f* pSrc, int srcStep, const Qel64f* pSqr, int sqrStep,
+                                               Qel32f* pDst, int dstStep, QelSize roiSize, QelRect rect);
+QEL_API qelStatus qeliTiltedRectStdDev_32s32f_C1R(const Qel32s* pSrc, int srcStep, const Qel64f* pSqr, int sqrStep,
+                                                  Qel32f* pDst, int dstStep, QelSize roiSize, QelRect rect);
+QEL_API qelStatus qeliTiltedRectStdDev_32s_C1RSfs(const Qel32s* pSrc, int srcStep, const Qel32s* pSqr, int sqrStep,
+                                                  Qel32s* pDst, int dstStep, QelSize roiSize, QelRect rect,
+                                                  int scaleFactor);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif
