@@ -341,6 +341,77 @@ QEL_API qelStatus qeliGrayErodeBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Q
                                               QelSize roiSize, int borderMode, const QelMorphGrayState* pState);
 /** @} */
 
+/** Which pixels are neighbours in a reconstruction. Functions take the value as an int. */
+typedef enum QelMorphNorm {
+    qelMorphNormInf = 0, /**< the eight around a pixel */
+    qelMorphNormL1 = 1   /**< the four beside, above and below it */
+} QelMorphNorm;
+
+/**
+ * @name Reconstruction of a mask from a marker, in place
+ *
+ * In a dilation each sample of the marker grows to the largest of itself and its neighbours, but no further than the
+ * mask, again and again until nothing changes: bright parts of the mask that the marker has touched come back whole, up
+ * to the marker's height, all others are levelled. An erosion has smallest for largest: the marker shrinks down to the
+ * mask. A marker that lies above the mask (erosion: below) is first brought to it.
+ *
+ * With a marker of the mask minus h, the mask minus the result holds the domes of height h; with a marker that
+ * is the mask along the edge and the largest value elsewhere, an erosion fills the holes that the edge cannot drain.
+ * Method: L. Vincent, Morphological Grayscale Reconstruction in Image Analysis, IEEE Transactions on Image Processing
+ * 2(2), 1993: sweeps down and up, here only of rows that may still change.
+ *
+ * The result is exact and depends neither on the order of the sweeps nor on threads. 32f samples are ordered by their
+ * bits: -0 below 0, a NaN beyond the infinity of its sign.
+ *
+ * @param pSrc        first sample of the mask
+ * @param pSrcDst     first sample of the marker, which becomes the result; the images must not overlap
+ * @param srcStep, srcDstStep  bytes from one row to the next: at least a row's bytes and a multiple of the sample size;
+ *                    bytes between rows are neither read nor written
+ * @param roiSize     region in pixels, at least 1 by 1
+ * @param pBuffer     scratch of as many bytes as ...GetBufferSize_... tells, at any address
+ * @param norm        a QelMorphNorm
+ *
+ * @retval qelStatusOk                      the marker is reconstructed
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  32f: a step is not a multiple of the sample size
+ * @retval qelStatusBadArg                  norm is neither 0 nor 1
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. Where width and height are above 10 and
+ * more than one thread is allowed, the halves of the region go to two OpenMP threads.
+ */
+/** @{ */
+QEL_API qelStatus qeliMorphReconstructDilate_8u_C1IR(const Qel8u* pSrc, int srcStep, Qel8u* pSrcDst, int srcDstStep,
+                                                     QelSize roiSize, Qel8u* pBuffer, int norm);
+QEL_API qelStatus qeliMorphReconstructDilate_32f_C1IR(const Qel32f* pSrc, int srcStep, Qel32f* pSrcDst, int srcDstStep,
+                                                      QelSize roiSize, Qel8u* pBuffer, int norm);
+QEL_API qelStatus qeliMorphReconstructErode_8u_C1IR(const Qel8u* pSrc, int srcStep, Qel8u* pSrcDst, int srcDstStep,
+                                                    QelSize roiSize, Qel8u* pBuffer, int norm);
+QEL_API qelStatus qeliMorphReconstructErode_32f_C1IR(const Qel32f* pSrc, int srcStep, Qel32f* pSrcDst, int srcDstStep,
+                                                     QelSize roiSize, Qel8u* pBuffer, int norm);
+/** @} */
+
+/**
+ * @name Bytes of the scratch of a reconstruction
+ *
+ * 8u: roiSize.height + 4 roiSize.width + 161; 32f: roiSize.height + 16 roiSize.width + 164.
+ *
+ * @param roiSize      region in pixels, at least 1 by 1
+ * @param pBufferSize  receives the number of bytes
+ *
+ * @retval qelStatusOk           the size is told
+ * @retval qelStatusNullPointer  pBufferSize is null
+ * @retval qelStatusBadSize      width or height below 1
+ * @retval qelStatusOverflow     an int cannot hold the number of bytes
+ *
+ * Tested in this order; on an error nothing is written.
+ */
+/** @{ */
+QEL_API qelStatus qeliMorphReconstructGetBufferSize_8u_C1(QelSize roiSize, int* pBufferSize);
+QEL_API qelStatus qeliMorphReconstructGetBufferSize_32f_C1(QelSize roiSize, int* pBufferSize);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

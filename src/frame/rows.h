@@ -77,6 +77,12 @@ void onThreads(int threads, const Work& work) {
     work(owncvGetIdThreads(), owncvGetNumThreads());
 }
 
+// Waits until each thread of the team of onThreads has come here, and seen what the others have written. All threads of
+// the team must come as often.
+inline void barrier() {
+#pragma omp barrier
+}
+
 // As forRows for work that returns a Partial. *pTotal becomes the result of the one run or, in parallel, that of thread
 // 0 with those of the other threads merged into it in thread order by merge(total, partial). A thread without rows
 // counts as Partial(), the neutral value.

@@ -75,6 +75,19 @@ TEST_F(Rows, EachRowIsVisitedOnceInEvenRuns) {
     EXPECT_EQ(std::vector<int>(5, 0), threadOfEachRow(5, true)) << "a core library that knows no number";
 }
 
+TEST_F(Rows, NoThreadPassesABarrierAheadOfTheOthers) {
+    for (int turn = 0; turn < 20; ++turn) {
+        std::array<int, 3> written{}, sums{};
+        onThreads(3, [&](int thread, int team) {
+            EXPECT_EQ(3, team);
+            written[size_t(thread)] = thread + 1;
+            barrier();
+            sums[size_t(thread)] = written[0] + written[1] + written[2];
+        });
+        EXPECT_EQ((std::array<int, 3>{6, 6, 6}), sums);
+    }
+}
+
 // Joins the first rows of the shares, so that the order of the merge shows; the neutral value is empty.
 struct Order {
     std::array<int, 64> firstRows{};
