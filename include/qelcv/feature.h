@@ -12,6 +12,75 @@ extern "C" {
 #endif
 
 /**
+ * @name Edges by Canny's method, from two images of derivatives
+ *
+ * 1. The magnitude of a pixel is m = |dx| + |dy|. Below the lower threshold it counts as 0: 32f where m < lowThreshold,
+ *    16s where m <= lowThreshold. Outside of the region it is 0.
+ * 2. A pixel with m > 0 stays if it is a maximum across the edge. Of its eight neighbours the two count that lie along
+ *    the gradient, and ties go to the first one, above or to the left:
+ *    - |dx| * 2.414213657f < |dy|: m is above that of the pixel above, and at least that of the pixel below
+ *    - else |dy| < |dx| * 0.414213568f: m is above that on the left, and at least that on the right
+ *    - else m is above both: of (x - 1, y - 1) and (x + 1, y + 1) where the signs of dx and dy are the same, of
+ *      (x + 1, y - 1) and (x - 1, y + 1) where they differ
+ * 3. A pixel that stays is an edge if m > highThreshold, or if one of its eight neighbours is an edge.
+ *
+ * John Canny, A Computational Approach to Edge Detection, 1986.
+ *
+ * 16s truncates the thresholds to integers. |-32768| is 32768. In the columns up to the last multiple of 8 of the
+ * width, m is at most 65535, in those behind 65536. In the columns behind the last multiple of 4 the products of step 2
+ * are those of 2.414213562373095 and 0.41421356237309503 in double precision, rounded to single; else all products are
+ * of single precision.
+ *
+ * @param pSrcDx, pSrcDy        first sample of the derivatives to the right and downward
+ * @param srcDxStep, srcDyStep  bytes from one row to the next: at least a row's bytes and a multiple of the sample
+ *                              size; bytes between rows are not read
+ * @param pDst           first sample of the result: 255 for an edge, else 0. It overlaps no other argument.
+ * @param dstStep        bytes from one row of it to the next, at least roiSize.width. Bytes between rows become 0, also
+ *                       those behind the last row: roiSize.height * dstStep bytes are written.
+ * @param roiSize        region in pixels, at least 1 by 1
+ * @param lowThreshold   at least 0
+ * @param highThreshold  at least lowThreshold
+ * @param pBuffer        scratch of the size that the function below tells, at any address and with any contents
+ *
+ * @retval qelStatusOk                      the region is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  a step of the derivatives is not a multiple of the sample size
+ * @retval qelStatusBadArg                  lowThreshold is below 0 or above highThreshold
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. Runs on the caller's thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliCanny_16s8u_C1R(const Qel16s* pSrcDx, int srcDxStep, const Qel16s* pSrcDy, int srcDyStep,
+                                      Qel8u* pDst, int dstStep, QelSize roiSize, Qel32f lowThreshold,
+                                      Qel32f highThreshold, Qel8u* pBuffer);
+QEL_API qelStatus qeliCanny_32f8u_C1R(const Qel32f* pSrcDx, int srcDxStep, const Qel32f* pSrcDy, int srcDyStep,
+                                      Qel8u* pDst, int dstStep, QelSize roiSize, Qel32f lowThreshold,
+                                      Qel32f highThreshold, Qel8u* pBuffer);
+/** @} */
+
+/**
+ * @name Scratch of the edge detection
+ *
+ * The size is n * (width + 2) * (height + 2) + 16 * width + 160 bytes, where n is 5 if both sides are below 65533, else
+ * 9.
+ *
+ * @param roiSize      region of the call, at least 1 by 1
+ * @param pBufferSize  receives the bytes
+ *
+ * @retval qelStatusOk           *pBufferSize is written
+ * @retval qelStatusNullPointer  pBufferSize is null
+ * @retval qelStatusBadSize      width or height below 1
+ * @retval qelStatusOverflow     the size is beyond the range of int
+ *
+ * Tested in this order; on an error nothing is written.
+ */
+/** @{ */
+QEL_API qelStatus qeliCannyGetSize(QelSize roiSize, int* pBufferSize);
+/** @} */
+
+/**
  * @name Peaks: positive local maxima and negative local minima
  *
  * Lists the pixels whose sample v has |v| > threshold and is the extreme of its neighbourhood: a positive v its largest
