@@ -779,9 +779,7 @@ QEL_API qelStatus qeliUpdateMotionHistory_32f_C1IR(const Qel32f* pSilhouette, in
  * @retval qelStatusStepNotElementMultiple  16u, 32f: a step is not a multiple of the sample size
  * @retval qelStatusBadArg                  norm is another number
  *
- * Tested in this order; on an error nothing is written. No alignment is needed. Runs on the caller's thread. To be
- * called from outside of OpenMP regions: a thread of a team of several gets the upper rows only of a region of at least
- * 32 rows and 2048 pixels.
+ * Tested in this order; on an error nothing is written. No alignment is needed. Runs on the caller's thread.
  */
 /** @{ */
 QEL_API qelStatus qeliGradientColorToGray_8u_C3C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
