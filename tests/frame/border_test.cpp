@@ -147,7 +147,7 @@ std::vector<unsigned char> copyOf(const kit::GuardedMemory& memory) {
 template <class Function, class Model>
 void agrees(int pixel, const Function& function, const Model& model) {
     for (const Steps steps : {Steps::kApart, Steps::kOverlapping}) {
-        for (uint32_t seed = 0; seed < 150; ++seed) {
+        for (const uint32_t seed : kit::seeds(150)) {
             kit::Trial trial(seed, {1, 1});
             const Geometry g = anyGeometry(trial, pixel, steps);
             kit::GuardedMemory src(g.srcBytes(), anyPlacement(trial)), dst(g.dstBytes(), anyPlacement(trial));
@@ -164,7 +164,7 @@ void agrees(int pixel, const Function& function, const Model& model) {
 // From a source inside of the destination's memory, wherever it lies: pixels that are written may be read again.
 template <class Function, class Model>
 void agreesInside(int pixel, const Function& function, const Model& model) {
-    for (uint32_t seed = 0; seed < 150; ++seed) {
+    for (const uint32_t seed : kit::seeds(150)) {
         kit::Trial trial(seed, {1, 1});
         const Geometry g = anyGeometry(trial, pixel, trial.coin() ? Steps::kApart : Steps::kOverlapping);
         const size_t gap = size_t(trial.between(0, 40)) * size_t(pixel);

@@ -34,7 +34,7 @@ int placeOf(int mode, int i, int n) {
 
 template <class T, class Function>
 void copies(Function* function, int channels) {
-    for (uint32_t seed = 0; seed < 200; ++seed) {
+    for (const uint32_t seed : kit::seeds(200)) {
         kit::Trial trial(seed);
         trial.size = {trial.between(1, 12), trial.between(1, 9)};
         const QelSize size = trial.size;

@@ -21,7 +21,7 @@ namespace {
 // Small regions, every width among them.
 template <class Run>
 void forAllTrials(const Run& run) {
-    for (uint32_t seed = 0; seed < 300; ++seed) {
+    for (const uint32_t seed : kit::seeds(300)) {
         kit::Trial trial(seed);
         ASSERT_NO_FATAL_FAILURE(run(trial));
     }

@@ -52,7 +52,7 @@ void agrees(kit::Trial& trial, int channels, const Separate& separate, const InP
 // 256, fewer rows than threads, and one. Teams are changed rarely, since threads come and go with them.
 template <class Run>
 void forAllTrials(const Run& run) {
-    for (uint32_t seed = 0; seed < 300; ++seed) {
+    for (const uint32_t seed : kit::seeds(300)) {
         kit::Trial trial(seed);
         kit::core().threads = seed < 40 ? 1 : seed < 280 ? 2 : 3;
         ASSERT_NO_FATAL_FAILURE(run(trial));

@@ -1,4 +1,4 @@
-// Says which trial was running when a page fault ends a test program.
+// Says which trial was running when a page fault or the address sanitizer ends a test program.
 #ifndef QELCV_TESTS_KIT_FAULT_REPORT_H_
 #define QELCV_TESTS_KIT_FAULT_REPORT_H_
 

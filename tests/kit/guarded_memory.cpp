@@ -8,7 +8,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <string>
 #include <vector>
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/asan_interface.h>
+#endif
 
 namespace kit {
 namespace {
@@ -51,28 +56,89 @@ void unmapGuarded(unsigned char* pages, size_t accessible) {
     }
 }
 
-bool allCanary(const unsigned char* begin, const unsigned char* end) {
-    return std::all_of(begin, end, [](unsigned char byte) { return byte == kCanary; });
+#ifdef __SANITIZE_ADDRESS__
+void poison(const unsigned char* p, size_t bytes) { __asan_poison_memory_region(p, bytes); }
+void unpoison(const unsigned char* p, size_t bytes) { __asan_unpoison_memory_region(p, bytes); }
+#else
+void poison(const unsigned char*, size_t) {}
+void unpoison(const unsigned char*, size_t) {}
+#endif
+
+// These two reach what is closed to all others, which a call of the standard library could not.
+__attribute__((no_sanitize("address"))) bool all(const unsigned char* begin, const unsigned char* end,
+                                                 unsigned char canary) {
+    for (; begin != end; ++begin)
+        if (*begin != canary) return false;
+    return true;
+}
+
+__attribute__((no_sanitize("address"))) void fill(unsigned char* begin, const unsigned char* end,
+                                                  unsigned char canary) {
+    for (; begin != end; ++begin) *const_cast<volatile unsigned char*>(begin) = canary;
+}
+
+// All that there are, the oldest first. Tests make them on one thread.
+std::vector<const GuardedMemory*>& alive() {
+    static std::vector<const GuardedMemory*> list;
+    return list;
 }
 
 }  // namespace
 
-GuardedMemory::GuardedMemory(size_t bytes, Placement placement)
+GuardedMemory::GuardedMemory(size_t bytes, Placement placement, unsigned char canary)
     : bytes_(bytes),
       pages_(nullptr),
       accessible_((bytes + placement.distance + pageSize() - 1) / pageSize() * pageSize()),
-      data_(nullptr) {
+      data_(nullptr),
+      canary_(canary) {
     accessible_ = std::max(accessible_, pageSize());
     pages_ = mapGuarded(accessible_);
     const bool atEnd = placement.edge == Placement::kEndsAtGuard;
     data_ = atEnd ? pages_ + accessible_ - bytes - placement.distance : pages_ + placement.distance;
-    std::memset(pages_, kCanary, accessible_);
+    std::memset(pages_, canary_, accessible_);
+    poison(pages_, size_t(data_ - pages_));
+    poison(data_ + bytes_, accessible_ - bytes_ - size_t(data_ - pages_));
+    alive().push_back(this);
 }
 
-GuardedMemory::~GuardedMemory() { unmapGuarded(pages_, accessible_); }
+GuardedMemory::~GuardedMemory() {
+    alive().erase(std::find(alive().rbegin(), alive().rend(), this).base() - 1);
+    unpoison(pages_, accessible_);
+    unmapGuarded(pages_, accessible_);
+}
 
 bool GuardedMemory::surroundingsIntact() const {
-    return allCanary(pages_, data_) && allCanary(data_ + bytes_, pages_ + accessible_);
+    return all(pages_, data_, canary_) && all(data_ + bytes_, pages_ + accessible_, canary_);
+}
+
+void GuardedMemory::close(size_t offset, size_t count) { poison(data_ + offset, count); }
+
+bool GuardedMemory::isIntact(size_t offset, size_t count) const {
+    return all(data_ + offset, data_ + offset + count, canary_);
+}
+
+void GuardedMemory::changeCanary(unsigned char canary) {
+    canary_ = canary;
+    fill(pages_, data_, canary_);
+    fill(data_ + bytes_, pages_ + accessible_, canary_);
+}
+
+void GuardedMemory::refill(size_t offset, size_t count) { fill(data_ + offset, data_ + offset + count, canary_); }
+
+std::string GuardedMemory::whereIs(const void* address) {
+    const unsigned char* const p = static_cast<const unsigned char*>(address);
+    for (size_t i = 0; i < alive().size(); ++i) {
+        const GuardedMemory& m = *alive()[i];
+        if (p < m.pages_ - pageSize() || p >= m.pages_ + m.accessible_ + pageSize()) continue;
+        const ptrdiff_t ahead = m.data_ - p;
+        const ptrdiff_t behind = p - (m.data_ + m.bytes_) + 1;
+        const std::string place = ahead > 0    ? std::to_string(ahead) + " bytes before"
+                                  : behind > 0 ? std::to_string(behind) + " bytes behind the end of"
+                                               : "byte " + std::to_string(-ahead) + " of";
+        return place + " memory " + std::to_string(i + 1) + " of " + std::to_string(alive().size()) + " (" +
+               (m.description_.empty() ? std::to_string(m.bytes_) + " bytes" : m.description_) + ")";
+    }
+    return "";
 }
 
 }  // namespace kit

@@ -1,8 +1,10 @@
-// Memory between two inaccessible pages: the first byte out of bounds ends the test with a page fault.
+// Memory between two inaccessible pages: the first byte out of bounds ends the test with a page fault. What of the
+// pages it leaves over is closed to the address sanitizer.
 #ifndef QELCV_TESTS_KIT_GUARDED_MEMORY_H_
 #define QELCV_TESTS_KIT_GUARDED_MEMORY_H_
 
 #include <cstddef>
+#include <string>
 
 namespace kit {
 
@@ -16,7 +18,7 @@ struct Placement {
 
 class GuardedMemory {
 public:
-    explicit GuardedMemory(size_t bytes, Placement placement = {});
+    explicit GuardedMemory(size_t bytes, Placement placement = {}, unsigned char canary = kCanary);
     ~GuardedMemory();
     GuardedMemory(const GuardedMemory&) = delete;
     GuardedMemory& operator=(const GuardedMemory&) = delete;
@@ -27,11 +29,27 @@ public:
     // True while the accessible bytes around data() still hold the canary.
     bool surroundingsIntact() const;
 
+    // Bytes within data() that nothing may touch, and whether they still hold the canary.
+    void close(size_t offset, size_t count);
+    bool isIntact(size_t offset, size_t count) const;
+
+    // Fills the surroundings and all that was closed with another canary. The caller names what was closed once more.
+    void changeCanary(unsigned char canary);
+    void refill(size_t offset, size_t count);
+
+    // What a stray access is told to be close to.
+    void describe(std::string text) { description_ = std::move(text); }
+
+    // Where an address lies: on which side of which memory, and how far off; empty where it is far from all.
+    static std::string whereIs(const void* address);
+
 private:
     size_t bytes_;
     unsigned char* pages_;  // first accessible byte
     size_t accessible_;
     unsigned char* data_;
+    unsigned char canary_;
+    std::string description_;
 };
 
 }  // namespace kit

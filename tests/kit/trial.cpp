@@ -1,5 +1,6 @@
 #include "kit/trial.h"
 
+#include <optional>
 #include <ostream>
 #include <sstream>
 
@@ -13,7 +14,16 @@ constexpr Content kContents[] = {Content::kRandom, Content::kRandom,  Content::k
                                  Content::kLowest, Content::kHighest, Content::kSpecial};
 constexpr int kThreads[] = {1, 2, 3, 33};
 
+std::optional<uint32_t> repeated;
+
 }  // namespace
+
+std::ranges::iota_view<uint32_t, uint32_t> seeds(uint32_t count) {
+    if (!repeated) return {0, count};
+    return *repeated < count ? std::views::iota(*repeated, *repeated + 1) : std::views::iota(count, count);
+}
+
+void repeatOnly(uint32_t seed) { repeated = seed; }
 
 Trial::Trial(uint32_t seed, QelSize roi, int numThreads)
     : size(roi), threads(numThreads), seed_(seed), random_(seed), content_(kContents[seed % std::size(kContents)]) {
@@ -66,8 +76,14 @@ std::string Trial::text() const {
 }
 
 std::ostream& operator<<(std::ostream& out, const Trial& trial) {
-    return out << "seed " << trial.seed_ << ": " << trial.size.width << "x" << trial.size.height << ", "
-               << trial.threads << (trial.threads == 1 ? " thread" : " threads") << trial.notes_;
+    constexpr const char* kNames[] = {"random", "lowest", "highest", "ends", "special"};
+    const CoreDouble& c = core();
+    out << "seed " << trial.seed_ << ": " << trial.size.width << "x" << trial.size.height << ", " << trial.threads
+        << (trial.threads == 1 ? " thread" : " threads") << ", contents " << kNames[size_t(trial.content_)];
+    if (c.threads != trial.threads) out << ", thread limit " << c.threads;
+    out << ", cache " << c.cacheSize << ", cores " << c.cores;
+    if (c.allocationsLeft >= 0) out << ", " << c.allocationsLeft << " allocations left";
+    return out << trial.notes_;
 }
 
 }  // namespace kit

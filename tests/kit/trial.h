@@ -7,6 +7,7 @@
 #include <iosfwd>
 #include <limits>
 #include <random>
+#include <ranges>
 #include <string>
 #include <type_traits>
 
@@ -16,6 +17,13 @@ namespace kit {
 
 // The kinds of content an image is filled with, by turns.
 enum class Content { kRandom, kLowest, kHighest, kEnds, kSpecial };
+
+// The seeds of a run of trials, or the one that the program was told to repeat by --seed=N, if it is among them:
+//
+//     for (const uint32_t seed : kit::seeds(300)) {
+//         kit::Trial trial(seed);
+std::ranges::iota_view<uint32_t, uint32_t> seeds(uint32_t count);
+void repeatOnly(uint32_t seed);
 
 class Trial {
 public:
@@ -50,7 +58,10 @@ public:
     // Fixes the content of the images that follow.
     void setContent(Content content) { content_ = content; }
 
-    // Adds to what a failure prints.
+    // What the gaps of its images hold.
+    unsigned char gapByte() const { return static_cast<unsigned char>(0xA5 ^ (seed_ * 0x5B)); }
+
+    // Adds to what a failure prints, beside the seed, the region, and what libqelcore's double reports at that time.
     void note(const std::string& text) { notes_ += ", " + text; }
 
     friend std::ostream& operator<<(std::ostream& out, const Trial& trial);

@@ -52,7 +52,7 @@ constexpr QelSize kLargeSizes[] = {
 
 template <class Run>
 void forAllTrials(const Run& run) {
-    for (uint32_t seed = 0; seed < 300; ++seed) {
+    for (const uint32_t seed : kit::seeds(300)) {
         kit::Trial trial(seed);
         kit::core().cacheSize = seed % 2 == 0 ? 1 << 22 : 0;
         ASSERT_NO_FATAL_FAILURE(run(trial));

@@ -125,7 +125,7 @@ constexpr int kThreads[] = {1, 2, 3, 33};
 // past it; large ones, a different one for each test, with a cache that a share fills exactly, too.
 template <class T, class Model>
 void agrees(const Member<T>& member, Model* model, bool masked, int bytesPerPixel = 1) {
-    for (uint32_t seed = 0; seed < 160; ++seed) {
+    for (const uint32_t seed : kit::seeds(160)) {
         kit::Trial trial(seed);
         kit::core().cacheSize = seed % 2 == 0 ? 1 << 22 : 0;
         kit::core().allocationsLeft = 0;

@@ -43,7 +43,7 @@ class FastArctan : public kit::EveryTarget {};
 ON_EVERY_TARGET(FastArctan);
 
 TEST_P(FastArctan, qelibFastArctan_32f) {
-    for (uint32_t seed = 0; seed < 600; ++seed) {
+    for (const uint32_t seed : kit::seeds(600)) {
         kit::Trial trial(seed);
         trial.size.height = 1;
         kit::Image<Qel32f> y(trial), x(trial), got(trial), want(got);

@@ -77,7 +77,7 @@ void agreesIn(kit::Trial& trial, Function<T>* function, int norm) {
 template <class T>
 void agreesWithModel(Function<T>* function) {
     for (const int norm : {kInf, kL1, kL2}) {
-        for (uint32_t seed = 0; seed < 250; ++seed) {
+        for (const uint32_t seed : kit::seeds(250)) {
             kit::Trial trial(seed);
             ASSERT_NO_FATAL_FAILURE(agreesIn(trial, function, norm));
         }

@@ -301,7 +301,7 @@ void agreesOver(const M& member, kit::Trial& trial) {
 // height.
 template <class T, class M>
 void agreesWithModel(const M& member) {
-    for (uint32_t seed = 0; seed < 180; ++seed) {
+    for (const uint32_t seed : kit::seeds(180)) {
         kit::Trial trial(seed);
         ASSERT_NO_FATAL_FAILURE(agreesOver<T>(member, trial));
     }
@@ -407,7 +407,7 @@ TEST_P(Mean, qeliMean_StdDev_32f_C3CMR) {
 // little further, and changing from band to band: where an addition rounds, the order of the pixels shows.
 TEST_P(Mean, SumsInOrderAtTheBrinkOfRounding) {
     const auto member = MEMBER(Qel32f, MeanC3CMR, qeliMean_32f_C3CMR);
-    for (uint32_t seed = 0; seed < 200; ++seed) {
+    for (const uint32_t seed : kit::seeds(200)) {
         kit::Trial trial(seed, {1 + int(seed * 7 % 150), 40});
         kit::Image<Qel32f> image(trial, 3);
         const kit::Image<Qel8u> mask = maskOf(trial);
@@ -624,7 +624,7 @@ void isClose(const M& member, kit::Trial& trial) {
 TEST_P(Mean, CloseToExact) {
     forAllMembers([](auto sample, const auto& member) {
         using T = decltype(sample);
-        for (uint32_t seed = 0; seed < 20; ++seed) {
+        for (const uint32_t seed : kit::seeds(20)) {
             kit::Trial trial(seed, {int(seed) * 11 + 3, int(seed) * 5 + 2});
             trial.setContent(kit::Content::kRandom);
             isClose<T>(member, trial);

@@ -137,7 +137,7 @@ constexpr QelSize kLargeSizes[] = {
 
 template <class T, class Function>
 void agreesWithModel(Function* function, Form form) {
-    for (uint32_t seed = 0; seed < 400; ++seed) {
+    for (const uint32_t seed : kit::seeds(400)) {
         kit::Trial trial(seed);
         Scene<T> scene = sceneOf<T>(trial, form);
         ASSERT_NO_FATAL_FAILURE(agrees(function, scene, trial));
@@ -334,7 +334,7 @@ TEST_P(MinMaxIndx, NaNsInfinitiesAndZeros) {
 TEST_P(MinMaxIndx, FirstOfTheZeros) {
     forEveryMember([](auto* function, Form form, auto sample) {
         if constexpr (std::is_same_v<decltype(sample), Qel32f>) {
-            for (uint32_t seed = 0; seed < 60; ++seed) {
+            for (const uint32_t seed : kit::seeds(60)) {
                 kit::Trial trial(seed);
                 Scene<Qel32f> scene = constantScene(trial.size, 0.0F, form);
                 const Qel32f others = trial.coin() ? 1.0F : -1.0F;

@@ -54,7 +54,7 @@ void agreesWithModel(Function<T>* function) {
             << trial;
         ASSERT_TRUE(sameBits(want, got)) << trial << ", time " << times.timeStamp << ", " << times.mhiDuration;
     };
-    for (uint32_t seed = 0; seed < 400; ++seed) {
+    for (const uint32_t seed : kit::seeds(400)) {
         kit::Trial trial(seed);
         ASSERT_NO_FATAL_FAILURE(run(trial));
     }

@@ -362,7 +362,7 @@ void spoil(const kit::Image<Qel8u>& mask, int coi, T value, kit::Image<T>* image
 
 template <class T, class F>
 void agreesWithModel(F function, Family family, Of norm, Limits limits) {
-    for (uint32_t seed = 0; seed < 220; ++seed) {
+    for (const uint32_t seed : kit::seeds(220)) {
         kit::Trial trial(seed);
         const int channels = channelsOf(function);
         const int coi = 1 + int(seed % unsigned(channels));
