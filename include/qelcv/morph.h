@@ -253,6 +253,179 @@ QEL_API qelStatus qeliErodeBorderReplicate_32f_C4R(const Qel32f* pSrc, int srcSt
                                                    QelSize roiSize, int borderMode, QelMorphState* pState);
 /** @} */
 
+/** A mask for opening, closing and what else is composed of dilation and erosion, with an image between the two. */
+typedef struct QelMorphAdvState QelMorphAdvState;
+
+/**
+ * @name States of advanced morphology
+ *
+ * A state holds the mask, the mask turned by half a circle with its anchor, and an image of the size of the region.
+ * GetSize tells the bytes of a state, for any anchor, Init builds one in the caller's block, InitAlloc one in memory of
+ * its own, which qeliMorphAdvFree releases. Results do not depend on where a state is; one of InitAlloc is faster with
+ * masks such as ellipses.
+ *
+ * A state is bound to the function's sample type and channels. It keeps a copy of the mask. Calls do not change it, but
+ * use memory within it: one call at a time may work with a state.
+ *
+ * @param roiSize   size of the regions that the state is to serve, at least 1 by 1
+ * @param pMask     maskSize.width * maskSize.height bytes without gaps between rows; an element is set where its byte
+ *                  is not zero
+ * @param maskSize  at least 1 by 1
+ * @param anchor    the element that stands over the result's own pixel, within the mask, set or not
+ * @param pSize     receives the bytes of the state
+ * @param pState    the caller's block of as many bytes, at any address; it must outlive the calls that use it, and
+ *                  cannot be moved
+ * @param ppState   receives the state
+ *
+ * @retval qelStatusOk           the state or its size is written
+ * @retval qelStatusNullPointer  InitAlloc: ppState is null
+ * @retval qelStatusBadSize      the region's height below 1
+ * @retval qelStatusNullPointer  GetSize: pSize, Init: pState is null
+ * @retval qelStatusNullPointer  pMask is null
+ * @retval qelStatusBadSize      the region's width, or the mask's width or height, below 1
+ * @retval qelStatusBadAnchor    the anchor is outside of the mask
+ * @retval qelStatusNoMemory     no memory for the analysis or, in InitAlloc, for the state
+ * @retval qelStatusOverflow     GetSize, Init: the bytes are beyond the range of int
+ *
+ * Tested in this order; on an error nothing is written to pSize and ppState, and no memory is kept.
+ */
+/** @{ */
+QEL_API qelStatus qeliMorphAdvGetSize_8u_C1R(QelSize roiSize, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphAdvInit_8u_C1R(QelMorphAdvState* pState, QelSize roiSize, const Qel8u* pMask,
+                                          QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvInitAlloc_8u_C1R(QelMorphAdvState** ppState, QelSize roiSize, const Qel8u* pMask,
+                                               QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvGetSize_8u_C3R(QelSize roiSize, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphAdvInit_8u_C3R(QelMorphAdvState* pState, QelSize roiSize, const Qel8u* pMask,
+                                          QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvInitAlloc_8u_C3R(QelMorphAdvState** ppState, QelSize roiSize, const Qel8u* pMask,
+                                               QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvGetSize_8u_C4R(QelSize roiSize, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphAdvInit_8u_C4R(QelMorphAdvState* pState, QelSize roiSize, const Qel8u* pMask,
+                                          QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvInitAlloc_8u_C4R(QelMorphAdvState** ppState, QelSize roiSize, const Qel8u* pMask,
+                                               QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvGetSize_32f_C1R(QelSize roiSize, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphAdvInit_32f_C1R(QelMorphAdvState* pState, QelSize roiSize, const Qel8u* pMask,
+                                           QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvInitAlloc_32f_C1R(QelMorphAdvState** ppState, QelSize roiSize, const Qel8u* pMask,
+                                                QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvGetSize_32f_C3R(QelSize roiSize, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphAdvInit_32f_C3R(QelMorphAdvState* pState, QelSize roiSize, const Qel8u* pMask,
+                                           QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvInitAlloc_32f_C3R(QelMorphAdvState** ppState, QelSize roiSize, const Qel8u* pMask,
+                                                QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvGetSize_32f_C4R(QelSize roiSize, const Qel8u* pMask, QelSize maskSize, int* pSize);
+QEL_API qelStatus qeliMorphAdvInit_32f_C4R(QelMorphAdvState* pState, QelSize roiSize, const Qel8u* pMask,
+                                           QelSize maskSize, QelPoint anchor);
+QEL_API qelStatus qeliMorphAdvInitAlloc_32f_C4R(QelMorphAdvState** ppState, QelSize roiSize, const Qel8u* pMask,
+                                                QelSize maskSize, QelPoint anchor);
+/** @} */
+
+/**
+ * Releases a state that a qeliMorphAdvInitAlloc function made. One in a caller's block is the caller's to release.
+ *
+ * @retval qelStatusOk           the state is released
+ * @retval qelStatusNullPointer  pState is null
+ */
+QEL_API qelStatus qeliMorphAdvFree(QelMorphAdvState* pState);
+
+/**
+ * @name Opening, closing, top-hat, black-hat and gradient
+ *
+ * With dilation and erosion as above, `'` for those with the mask turned by half a circle, and S - T as the difference
+ * of samples that is 0 where it would be negative (32f: rounded once to single precision; a NaN stays):
+ *
+ * - Open: dilation' of the erosion of the source. Takes away what is bright and smaller than the mask.
+ * - Close: erosion' of the dilation of the source. Takes away what is dark and smaller than the mask.
+ * - Tophat: source - opening. What is bright and smaller than the mask.
+ * - Blackhat: closing - source. What is dark and smaller than the mask.
+ * - Gradient: dilation - erosion, both of the source with the mask as it is.
+ *
+ * @param pSrc        first sample of the source region
+ * @param srcStep, dstStep  bytes from one row to the next: at least a row's bytes and a multiple of the sample size;
+ *                    bytes between rows are neither read nor written
+ * @param pDst        first sample of the result, which does not overlap the source
+ * @param roiSize     region in pixels, at least 1 by 1: of the state's size, or narrower where it is so much higher
+ *                    that the work image, of rows rounded up to 32 bytes, is as large. A larger one is the caller's
+ *                    fault and is not detected.
+ * @param borderMode  qelBorderRepl, the only one that there is
+ * @param pState      a state made for the function's sample type and channels
+ *
+ * @retval qelStatusOk                      the region is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  32f: a step is not a multiple of the sample size
+ * @retval qelStatusBadArg                  borderMode is not qelBorderRepl
+ * @retval qelStatusBadSize                 the region is wider than the state serves
+ * @retval qelStatusBadSize                 the region's work image would be smaller than the state's
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. All work is done on the calling thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliMorphOpenBorder_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep, QelSize roiSize,
+                                             int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphCloseBorder_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep, QelSize roiSize,
+                                              int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphTophatBorder_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                               QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphBlackhatBorder_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                 QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphGradientBorder_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                 QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphOpenBorder_8u_C3R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep, QelSize roiSize,
+                                             int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphCloseBorder_8u_C3R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep, QelSize roiSize,
+                                              int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphTophatBorder_8u_C3R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                               QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphBlackhatBorder_8u_C3R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                 QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphGradientBorder_8u_C3R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                 QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphOpenBorder_8u_C4R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep, QelSize roiSize,
+                                             int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphCloseBorder_8u_C4R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep, QelSize roiSize,
+                                              int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphTophatBorder_8u_C4R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                               QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphBlackhatBorder_8u_C4R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                 QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphGradientBorder_8u_C4R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep,
+                                                 QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphOpenBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                              QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphCloseBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                               QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphTophatBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphBlackhatBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                  QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphGradientBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                  QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphOpenBorder_32f_C3R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                              QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphCloseBorder_32f_C3R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                               QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphTophatBorder_32f_C3R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphBlackhatBorder_32f_C3R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                  QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphGradientBorder_32f_C3R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                  QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphOpenBorder_32f_C4R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                              QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphCloseBorder_32f_C4R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                               QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphTophatBorder_32f_C4R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphBlackhatBorder_32f_C4R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                  QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+QEL_API qelStatus qeliMorphGradientBorder_32f_C4R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                                  QelSize roiSize, int borderMode, QelMorphAdvState* pState);
+/** @} */
+
 /** A grey structuring element, for regions up to a size. Its bytes lead to each other: a copy of it is of no use. */
 typedef struct QelMorphGrayState QelMorphGrayState;
 
