@@ -261,6 +261,14 @@ bool reconstructOnTwoThreads(const Images<T>& images, const Routines<T>& r) {
     return ran;
 }
 
+// Sweeps take a marker of floats reordered.
+template <class T>
+void reorder(const Images<T>& images) {
+    if constexpr (std::is_same_v<T, Qel32f>) {
+        for (int y = 0; y < images.size.height; ++y) ownReorder_32f_C1R(images.marker.row(y), images.size.width);
+    }
+}
+
 template <class T>
 qelStatus morphReconstruct(const T* pSrc, int srcStep, T* pSrcDst, int srcDstStep, QelSize roiSize, Qel8u* pBuffer,
                            int norm, const Routines<T>& l1, const Routines<T>& inf) {
@@ -275,7 +283,9 @@ qelStatus morphReconstruct(const T* pSrc, int srcStep, T* pSrcDst, int srcDstSte
     const Images<T> images = {{pSrc, srcStep}, {pSrcDst, srcDstStep}, roiSize, pBuffer};
     const Routines<T>& r = norm == qelMorphNormL1 ? l1 : inf;
     const bool forTwo = roiSize.height > 10 && roiSize.width > 10 && owncvGetMaxNumThreads() > 1;
+    reorder(images);
     if (!forTwo || !reconstructOnTwoThreads(images, r)) reconstructOnOneThread(images, r);
+    reorder(images);
     return qelStatusOk;
 }
 

@@ -7,10 +7,10 @@
 #define HWY_TARGET_INCLUDE "morph/morph_reconstruct_kernels.cpp"
 #include "frame/simd-inl.h"
 
-// A sweep is serial by its rule: c = limit(grow(c, t), m) from sample to sample. But each step is a clamp of c to [t,
-// m] where t is no more than m, and two clamps in turn, (lo1, hi1) then (lo2, hi2), are one: lo = limit(grow(lo1, lo2),
-// hi2), hi = limit(grow(hi1, lo2), hi2). So the clamps of a vector are joined in log steps, exactly, and then applied
-// to the c that comes from the vector before.
+// A sweep is serial by its rule: c = limit(grow(c, t), m) from sample to sample. But with lo = limit(t, m) and hi = m
+// each step is c = grow(lo, limit(c, hi)), and two such steps in turn, (lo1, hi1) then (lo2, hi2), are one of the same
+// form: lo = grow(lo2, limit(lo1, hi2)), hi = limit(hi1, hi2). So the steps of a vector are joined in log steps,
+// exactly, and then done with the c that comes from the vector before.
 
 HWY_BEFORE_NAMESPACE();
 namespace qel {
@@ -50,41 +50,31 @@ struct Erosion {
 };
 
 // Floats are handled as integers of the same order, in which -0 comes before 0 and a NaN has a place, too: so nothing
-// depends on the order of comparisons, and each change is one that cannot be undone.
+// depends on the order of comparisons, and each change is one that cannot be undone. The marker is such integers from
+// the first sweep to the last, a mask becomes them on its way.
 template <class T>
 using LaneOf = std::conditional_t<std::is_same_v<T, Qel32f>, int32_t, Qel8u>;
-template <class D>
-HWY_INLINE hn::Vec<D> load(D d, const Qel8u* p) {
-    return hn::LoadU(d, p);
-}
-template <class D>
-HWY_INLINE void store(D d, hn::Vec<D> v, Qel8u* p) {
-    hn::StoreU(v, d, p);
-}
 template <class D>
 HWY_INLINE hn::Vec<D> reordered(D d, hn::Vec<D> v) {  // and back
     return hn::Xor(v, hn::And(hn::ShiftRight<31>(v), hn::Set(d, INT32_MAX)));
 }
-template <class D>
-HWY_INLINE hn::Vec<D> load(D d, const Qel32f* p) {
-    return reordered(d, hn::LoadU(d, reinterpret_cast<const int32_t*>(p)));
-}
-template <class D>
-HWY_INLINE void store(D d, hn::Vec<D> v, Qel32f* p) {
-    hn::StoreU(reordered(d, v), d, reinterpret_cast<int32_t*>(p));
-}
-
-HWY_INLINE int32_t loadOne(const Qel8u* p) { return *p; }
-HWY_INLINE void storeOne(int32_t v, Qel8u* p) { *p = static_cast<Qel8u>(v); }
 HWY_INLINE int32_t reordered(int32_t v) { return v ^ ((v >> 31) & INT32_MAX); }
-HWY_INLINE int32_t loadOne(const Qel32f* p) {
-    int32_t v;
-    std::memcpy(&v, p, sizeof(v));
-    return reordered(v);
+
+template <class D, class L = hn::TFromD<D>>
+HWY_INLINE hn::Vec<D> loadMask(D d, const L* p) {
+    if constexpr (sizeof(L) == 1) {
+        return hn::LoadU(d, p);
+    } else {
+        return reordered(d, hn::LoadU(d, p));
+    }
 }
-HWY_INLINE void storeOne(int32_t v, Qel32f* p) {
-    v = reordered(v);
-    std::memcpy(p, &v, sizeof(v));
+HWY_INLINE int32_t maskSample(const Qel8u* p) { return *p; }
+HWY_INLINE int32_t maskSample(const int32_t* p) { return reordered(sampleAt(p)); }
+
+void reorderRow(Qel32f* pRow, int width) {
+    int32_t* const row = reinterpret_cast<int32_t*>(pRow);
+    forVectors(hn::ScalableTag<int32_t>(), static_cast<size_t>(width),
+               [=](auto d, size_t x) HWY_ATTR { hn::StoreU(reordered(d, hn::LoadU(d, row + x)), d, row + x); });
 }
 
 template <class D>
@@ -176,34 +166,34 @@ HWY_INLINE V lastLane(D d, V v) {
     }
 }
 
-// One clamp per lane.
+// One step per lane: c becomes grow(lo, limit(c, hi)).
 template <class V>
-struct Clamps {
+struct Steps {
     V lo, hi;
 
     // These, done after `first`.
     template <class Op>
-    HWY_INLINE Clamps after(Clamps first) const {
-        return {Op::limit(Op::grow(first.lo, lo), hi), Op::limit(Op::grow(first.hi, lo), hi)};
+    HWY_INLINE Steps after(Steps first) const {
+        return {Op::grow(lo, Op::limit(first.lo, hi)), Op::limit(first.hi, hi)};
     }
 };
 
-// Joins each clamp with all those that the sweep meets before it.
+// Joins each step with all those that the sweep meets before it.
 template <class Op, class Direction, int kBytes, class D, class V = hn::Vec<D>>
-HWY_INLINE Clamps<V> joined(D d, Clamps<V> clamps) {
+HWY_INLINE Steps<V> joined(D d, Steps<V> steps) {
     using L = hn::TFromD<D>;
     const V least = hn::Set(d, Op::template kLeast<L>);
     const V most = hn::Set(d, Op::template kMost<L>);
     if constexpr (kBytes < 16) {
-        const Clamps<V> before = {Direction::template shiftBlocks<kBytes>(d, clamps.lo, least),
-                                  Direction::template shiftBlocks<kBytes>(d, clamps.hi, most)};
-        return joined<Op, Direction, 2 * kBytes>(d, clamps.template after<Op>(before));
+        const Steps<V> before = {Direction::template shiftBlocks<kBytes>(d, steps.lo, least),
+                                 Direction::template shiftBlocks<kBytes>(d, steps.hi, most)};
+        return joined<Op, Direction, 2 * kBytes>(d, steps.template after<Op>(before));
     } else if constexpr (kTwoBlocks<D>) {
-        const Clamps<V> before = {Direction::nextBlock(d, Direction::lastOfBlocks(d, clamps.lo), least),
-                                  Direction::nextBlock(d, Direction::lastOfBlocks(d, clamps.hi), most)};
-        return clamps.template after<Op>(before);
+        const Steps<V> before = {Direction::nextBlock(d, Direction::lastOfBlocks(d, steps.lo), least),
+                                 Direction::nextBlock(d, Direction::lastOfBlocks(d, steps.hi), most)};
+        return steps.template after<Op>(before);
     } else {
-        return clamps;
+        return steps;
     }
 }
 
@@ -211,42 +201,42 @@ HWY_INLINE Clamps<V> joined(D d, Clamps<V> clamps) {
 // that one. Beyond its ends the row has nothing.
 enum class Near { kNone, kL1, kInf };
 
-template <class Op, Near kNear, class D, class T>
-HWY_INLINE hn::Vec<D> grownByNear(D d, hn::Vec<D> v, const T* pNear, int x, int width) {
+template <class Op, Near kNear, class D>
+HWY_INLINE hn::Vec<D> grownByNear(D d, hn::Vec<D> v, const hn::TFromD<D>* pNear, int x, int width) {
     constexpr int kLanes = hn::MaxLanes(D());
     if constexpr (kNear == Near::kNone) return v;
-    const hn::Vec<D> beside = load(d, pNear + x);
+    const hn::Vec<D> beside = hn::LoadU(d, pNear + x);
     v = Op::grow(v, beside);
     if constexpr (kNear == Near::kInf) {
-        v = Op::grow(v,
-                     x > 0 ? load(d, pNear + x - 1) : lanesBefore<Forward>(d, beside, lastLane<Backward>(d, beside)));
-        v = Op::grow(v, x + kLanes < width ? load(d, pNear + x + 1)
+        v = Op::grow(
+            v, x > 0 ? hn::LoadU(d, pNear + x - 1) : lanesBefore<Forward>(d, beside, lastLane<Backward>(d, beside)));
+        v = Op::grow(v, x + kLanes < width ? hn::LoadU(d, pNear + x + 1)
                                            : lanesBefore<Backward>(d, beside, lastLane<Forward>(d, beside)));
     }
     return v;
 }
 
 // Sweeps over whole vectors. The last one may overlap the one before it: what is swept twice stays as it is.
-template <class Op, class Direction, Near kNear, class D, class T>
-HWY_INLINE bool sweepVectors(D d, const T* pNear, const T* pMask, T* pRow, int width) {
+template <class Op, class Direction, Near kNear, class D, class L = hn::TFromD<D>>
+HWY_INLINE bool sweepVectors(D d, const L* pNear, const L* pMask, L* pRow, int width) {
     using V = hn::Vec<D>;
     constexpr int kLanes = hn::MaxLanes(D());
-    const V none = hn::Set(d, Op::template kLeast<hn::TFromD<D>>);
+    const V none = hn::Set(d, Op::template kLeast<L>);
     V carry = none;
     V changes = hn::Zero(d);
     for (int swept = 0; swept < width; swept += kLanes) {
         if (width - swept < kLanes) swept = width - kLanes, carry = none;
         const int x = Direction::kAscending ? swept : width - kLanes - swept;
-        const V old = load(d, pRow + x);
-        const V most = load(d, pMask + x);
+        const V old = hn::LoadU(d, pRow + x);
+        const V most = loadMask(d, pMask + x);
         V now = Op::limit(grownByNear<Op, kNear>(d, old, pNear, x, width), most);
         // Where each sample holds against the one before it, so does the vector: most do after the first passes.
         const V pushed = Op::limit(Op::grow(now, lanesBefore<Direction>(d, now, carry)), most);
         if (!hn::AllTrue(d, hn::Eq(pushed, now))) {
-            const Clamps<V> clamps = joined<Op, Direction, sizeof(hn::TFromD<D>)>(d, {now, most});
-            now = Op::limit(Op::grow(carry, clamps.lo), clamps.hi);
+            const Steps<V> steps = joined<Op, Direction, sizeof(L)>(d, {now, most});
+            now = Op::grow(steps.lo, Op::limit(carry, steps.hi));
         }
-        store(d, now, pRow + x);
+        hn::StoreU(now, d, pRow + x);
         changes = hn::Or(changes, hn::Xor(now, old));
         carry = lastLane<Direction>(d, now);
     }
@@ -254,24 +244,25 @@ HWY_INLINE bool sweepVectors(D d, const T* pNear, const T* pMask, T* pRow, int w
 }
 
 // The same for rows shorter than any vector, sample by sample.
-template <class Op, class Direction, Near kNear, class T>
-bool sweepSamples(const T* pNear, const T* pMask, T* pRow, int width) {
+template <class Op, class Direction, Near kNear, class L>
+bool sweepSamples(const L* pNear, const L* pMask, L* pRow, int width) {
     const auto grow = [](int32_t a, int32_t b) { return Op::isBeyond(a, b) ? a : b; };
     const auto limit = [](int32_t a, int32_t b) { return Op::isBeyond(a, b) ? b : a; };
     int32_t carry = Op::template kLeast<int32_t>;
     bool changed = false;
     for (int i = 0; i < width; ++i) {
         const int x = Direction::kAscending ? i : width - 1 - i;
-        const int32_t old = loadOne(pRow + x);
+        const int32_t old = sampleAt(pRow + x);
         carry = grow(carry, old);
-        if constexpr (kNear != Near::kNone) carry = grow(carry, loadOne(pNear + x));
+        if constexpr (kNear != Near::kNone) carry = grow(carry, sampleAt(pNear + x));
         if constexpr (kNear == Near::kInf) {
-            carry = grow(carry, loadOne(pNear + HWY_MAX(x - 1, 0)));
-            carry = grow(carry, loadOne(pNear + HWY_MIN(x + 1, width - 1)));
+            carry = grow(carry, sampleAt(pNear + HWY_MAX(x - 1, 0)));
+            carry = grow(carry, sampleAt(pNear + HWY_MIN(x + 1, width - 1)));
         }
-        carry = limit(carry, loadOne(pMask + x));
+        carry = limit(carry, maskSample(pMask + x));
         changed |= carry != old;
-        storeOne(carry, pRow + x);
+        const L now = static_cast<L>(carry);
+        std::memcpy(pRow + x, &now, sizeof(L));
     }
     return changed;
 }
@@ -281,15 +272,19 @@ bool sweep(const T* pNear, const T* pMask, T* pRow, int width) {
     using L = LaneOf<T>;
     const hn::CappedTag<L, 32 / sizeof(L)> wide;
     const hn::FixedTag<L, 16 / sizeof(L)> block;
+    const L* const near = reinterpret_cast<const L*>(pNear);
+    const L* const mask = reinterpret_cast<const L*>(pMask);
+    L* const row = reinterpret_cast<L*>(pRow);
     if (width >= static_cast<int>(hn::Lanes(wide)))
-        return sweepVectors<Op, Direction, kNear>(wide, pNear, pMask, pRow, width);
+        return sweepVectors<Op, Direction, kNear>(wide, near, mask, row, width);
     if (width >= static_cast<int>(hn::Lanes(block)))
-        return sweepVectors<Op, Direction, kNear>(block, pNear, pMask, pRow, width);
-    return sweepSamples<Op, Direction, kNear>(pNear, pMask, pRow, width);
+        return sweepVectors<Op, Direction, kNear>(block, near, mask, row, width);
+    return sweepSamples<Op, Direction, kNear>(near, mask, row, width);
 }
 
 }  // namespace
 
+constexpr auto& ownReorder_32f_C1R = reorderRow;
 constexpr auto& ownDilateForwardCheckRev02_8u_C1R = sweep<Dilation, Forward, Near::kNone, Qel8u>;
 constexpr auto& ownDilateBackwardCheckRev02_8u_C1R = sweep<Dilation, Backward, Near::kNone, Qel8u>;
 constexpr auto& ownDilateForwardCheck02_8u_C1R = sweep<Dilation, Forward, Near::kL1, Qel8u>;
@@ -321,6 +316,7 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace qel {
+QEL_KERNEL(ownReorder_32f_C1R);
 QEL_KERNEL(ownDilateForwardCheckRev02_8u_C1R);
 QEL_KERNEL(ownDilateBackwardCheckRev02_8u_C1R);
 QEL_KERNEL(ownDilateForwardCheck02_8u_C1R);

@@ -6,10 +6,14 @@
 
 namespace qel {
 
+// Turns floats into integers of the same order, in place, or such integers into the floats that they were.
+extern const Kernel<void(Qel32f* pRow, int width)> ownReorder_32f_C1R;
+
 // A sweep along a row of the marker, in place. In a dilation each sample becomes the largest of itself, its neighbours
 // in the row pNear above or below, and the new value of the sample before it, but no more than the mask. Forward the
 // sample before is the one to the left, backward that to the right. ...Rev02... look at no other row; ...Inf take the
-// diagonal neighbours of pNear, too. True where a sample has changed.
+// diagonal neighbours of pNear, too. 32f: pNear
+// and pRow are reordered, the mask is not. True where a sample has changed.
 template <class T>
 using SweepKernel = bool(const T* pNear, const T* pMask, T* pRow, int width);
 
