@@ -25,29 +25,68 @@ struct SweepKernels {
     const Kernel<SweepKernel<T>>& forwardRev;
     const Kernel<SweepKernel<T>>& backwardRev;
     const Kernel<SweepKernel<T>>& forward;
-    const Kernel<SweepKernel<T>>& backward;
+    const Kernel<SweepKernel<T>>& forwardCheckRev;
+    const Kernel<SweepKernel<T>>& backwardCheckRev;
+    const Kernel<SweepKernel<T>>& forwardCheck;
+    const Kernel<SweepKernel<T>>& backwardCheck;
 };
 
-constexpr SweepKernels<Qel8u> kDilate_8u_C1R = {ownDilateForwardCheckRev02_8u_C1R, ownDilateBackwardCheckRev02_8u_C1R,
-                                                ownDilateForwardCheck02_8u_C1R, ownDilateBackwardCheck02_8u_C1R};
-constexpr SweepKernels<Qel8u> kDilate_8u_C1RInf = {
-    ownDilateForwardCheckRev02_8u_C1R, ownDilateBackwardCheckRev02_8u_C1R, ownDilateForwardCheck02_8u_C1RInf,
-    ownDilateBackwardCheck02_8u_C1RInf};
-constexpr SweepKernels<Qel32f> kDilate_32f_C1R = {ownDilateForwardCheckRev02_32f_C1R,
-                                                  ownDilateBackwardCheckRev02_32f_C1R, ownDilateForwardCheck02_32f_C1R,
-                                                  ownDilateBackwardCheck02_32f_C1R};
-constexpr SweepKernels<Qel32f> kDilate_32f_C1RInf = {
-    ownDilateForwardCheckRev02_32f_C1R, ownDilateBackwardCheckRev02_32f_C1R, ownDilateForwardCheck02_32f_C1RInf,
-    ownDilateBackwardCheck02_32f_C1RInf};
-constexpr SweepKernels<Qel8u> kErode_8u_C1R = {ownErodeForwardCheckRev02_8u_C1R, ownErodeBackwardCheckRev02_8u_C1R,
-                                               ownErodeForwardCheck02_8u_C1R, ownErodeBackwardCheck02_8u_C1R};
-constexpr SweepKernels<Qel8u> kErode_8u_C1RInf = {ownErodeForwardCheckRev02_8u_C1R, ownErodeBackwardCheckRev02_8u_C1R,
-                                                  ownErodeForwardCheck02_8u_C1RInf, ownErodeBackwardCheck02_8u_C1RInf};
-constexpr SweepKernels<Qel32f> kErode_32f_C1R = {ownErodeForwardCheckRev02_32f_C1R, ownErodeBackwardCheckRev02_32f_C1R,
-                                                 ownErodeForwardCheck02_32f_C1R, ownErodeBackwardCheck02_32f_C1R};
-constexpr SweepKernels<Qel32f> kErode_32f_C1RInf = {
-    ownErodeForwardCheckRev02_32f_C1R, ownErodeBackwardCheckRev02_32f_C1R, ownErodeForwardCheck02_32f_C1RInf,
-    ownErodeBackwardCheck02_32f_C1RInf};
+constexpr SweepKernels<Qel8u> kDilate_8u_C1R = {.forwardRev = ownDilateForwardRev02_8u_C1R,
+                                                .backwardRev = ownDilateBackwardRev02_8u_C1R,
+                                                .forward = ownDilateForward02_8u_C1R,
+                                                .forwardCheckRev = ownDilateForwardCheckRev02_8u_C1R,
+                                                .backwardCheckRev = ownDilateBackwardCheckRev02_8u_C1R,
+                                                .forwardCheck = ownDilateForwardCheck02_8u_C1R,
+                                                .backwardCheck = ownDilateBackwardCheck02_8u_C1R};
+constexpr SweepKernels<Qel8u> kDilate_8u_C1RInf = {.forwardRev = ownDilateForwardRev02_8u_C1R,
+                                                   .backwardRev = ownDilateBackwardRev02_8u_C1R,
+                                                   .forward = ownDilateForward02_8u_C1RInf,
+                                                   .forwardCheckRev = ownDilateForwardCheckRev02_8u_C1R,
+                                                   .backwardCheckRev = ownDilateBackwardCheckRev02_8u_C1R,
+                                                   .forwardCheck = ownDilateForwardCheck02_8u_C1RInf,
+                                                   .backwardCheck = ownDilateBackwardCheck02_8u_C1RInf};
+constexpr SweepKernels<Qel32f> kDilate_32f_C1R = {.forwardRev = ownDilateForwardRev02_32f_C1R,
+                                                  .backwardRev = ownDilateBackwardRev02_32f_C1R,
+                                                  .forward = ownDilateForward02_32f_C1R,
+                                                  .forwardCheckRev = ownDilateForwardCheckRev02_32f_C1R,
+                                                  .backwardCheckRev = ownDilateBackwardCheckRev02_32f_C1R,
+                                                  .forwardCheck = ownDilateForwardCheck02_32f_C1R,
+                                                  .backwardCheck = ownDilateBackwardCheck02_32f_C1R};
+constexpr SweepKernels<Qel32f> kDilate_32f_C1RInf = {.forwardRev = ownDilateForwardRev02_32f_C1R,
+                                                     .backwardRev = ownDilateBackwardRev02_32f_C1R,
+                                                     .forward = ownDilateForward02_32f_C1RInf,
+                                                     .forwardCheckRev = ownDilateForwardCheckRev02_32f_C1R,
+                                                     .backwardCheckRev = ownDilateBackwardCheckRev02_32f_C1R,
+                                                     .forwardCheck = ownDilateForwardCheck02_32f_C1RInf,
+                                                     .backwardCheck = ownDilateBackwardCheck02_32f_C1RInf};
+constexpr SweepKernels<Qel8u> kErode_8u_C1R = {.forwardRev = ownErodeForwardRev02_8u_C1R,
+                                               .backwardRev = ownErodeBackwardRev02_8u_C1R,
+                                               .forward = ownErodeForward02_8u_C1R,
+                                               .forwardCheckRev = ownErodeForwardCheckRev02_8u_C1R,
+                                               .backwardCheckRev = ownErodeBackwardCheckRev02_8u_C1R,
+                                               .forwardCheck = ownErodeForwardCheck02_8u_C1R,
+                                               .backwardCheck = ownErodeBackwardCheck02_8u_C1R};
+constexpr SweepKernels<Qel8u> kErode_8u_C1RInf = {.forwardRev = ownErodeForwardRev02_8u_C1R,
+                                                  .backwardRev = ownErodeBackwardRev02_8u_C1R,
+                                                  .forward = ownErodeForward02_8u_C1RInf,
+                                                  .forwardCheckRev = ownErodeForwardCheckRev02_8u_C1R,
+                                                  .backwardCheckRev = ownErodeBackwardCheckRev02_8u_C1R,
+                                                  .forwardCheck = ownErodeForwardCheck02_8u_C1RInf,
+                                                  .backwardCheck = ownErodeBackwardCheck02_8u_C1RInf};
+constexpr SweepKernels<Qel32f> kErode_32f_C1R = {.forwardRev = ownErodeForwardRev02_32f_C1R,
+                                                 .backwardRev = ownErodeBackwardRev02_32f_C1R,
+                                                 .forward = ownErodeForward02_32f_C1R,
+                                                 .forwardCheckRev = ownErodeForwardCheckRev02_32f_C1R,
+                                                 .backwardCheckRev = ownErodeBackwardCheckRev02_32f_C1R,
+                                                 .forwardCheck = ownErodeForwardCheck02_32f_C1R,
+                                                 .backwardCheck = ownErodeBackwardCheck02_32f_C1R};
+constexpr SweepKernels<Qel32f> kErode_32f_C1RInf = {.forwardRev = ownErodeForwardRev02_32f_C1R,
+                                                    .backwardRev = ownErodeBackwardRev02_32f_C1R,
+                                                    .forward = ownErodeForward02_32f_C1RInf,
+                                                    .forwardCheckRev = ownErodeForwardCheckRev02_32f_C1R,
+                                                    .backwardCheckRev = ownErodeBackwardCheckRev02_32f_C1R,
+                                                    .forwardCheck = ownErodeForwardCheck02_32f_C1RInf,
+                                                    .backwardCheck = ownErodeBackwardCheck02_32f_C1RInf};
 
 template <class T>
 bool along(SweepKernel<T>* sweep, const Images<T>& images, int y) {
@@ -88,8 +127,8 @@ using CheckPass = int(const Images<T>& images, int start, int end, int mode);
 template <const auto& kernels, int step, class T = typename std::remove_cvref_t<decltype(kernels)>::Sample>
 int checkPass(const Images<T>& images, int start, int end, int mode) {
     constexpr bool kDown = step > 0;
-    SweepKernel<T>* const across = kDown ? kernels.forward : kernels.backward;
-    SweepKernel<T>* const back = kDown ? kernels.backwardRev : kernels.forwardRev;
+    SweepKernel<T>* const across = kDown ? kernels.forwardCheck : kernels.backwardCheck;
+    SweepKernel<T>* const back = kDown ? kernels.backwardCheckRev : kernels.forwardCheckRev;
     Qel8u* const flags = images.flags;
     const bool continues = mode % 2 != 0;
     bool changed = false;
@@ -97,7 +136,7 @@ int checkPass(const Images<T>& images, int start, int end, int mode) {
     int y = start;
     if (!continues) {
         if (mode >= 0 && flags[y] != 0) {
-            changed = along<T>(kDown ? kernels.forwardRev : kernels.backwardRev, images, y);
+            changed = along<T>(kDown ? kernels.forwardCheckRev : kernels.backwardCheckRev, images, y);
             flags[y] = changed;
             count += changed;
         }
@@ -233,9 +272,9 @@ private:
 
     // The middle row takes in both rows beside it.
     void joinAtMiddle() {
-        bool changed = fromRow<T>(r_.sweeps.forward, images_, middle_ - 1, middle_);
-        changed |= fromRow<T>(r_.sweeps.forward, images_, middle_ + 1, middle_);
-        changed |= along<T>(r_.sweeps.backwardRev, images_, middle_);
+        bool changed = fromRow<T>(r_.sweeps.forwardCheck, images_, middle_ - 1, middle_);
+        changed |= fromRow<T>(r_.sweeps.forwardCheck, images_, middle_ + 1, middle_);
+        changed |= along<T>(r_.sweeps.backwardCheckRev, images_, middle_);
         images_.flags[middle_] = changed;
         images_.flags[middle_ - 1] |= changed;
         images_.flags[middle_ + 1] |= changed;

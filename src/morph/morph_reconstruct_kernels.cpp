@@ -201,6 +201,9 @@ HWY_INLINE Steps<V> joined(D d, Steps<V> steps) {
 // that one. Beyond its ends the row has nothing.
 enum class Near { kNone, kL1, kInf };
 
+// In a plain pass hardly a vector stays as it is. In a check pass most do, and it is asked whether any does not.
+enum class Pass { kPlain, kCheck };
+
 template <class Op, Near kNear, class D>
 HWY_INLINE hn::Vec<D> grownByNear(D d, hn::Vec<D> v, const hn::TFromD<D>* pNear, int x, int width) {
     constexpr int kLanes = hn::MaxLanes(D());
@@ -216,8 +219,15 @@ HWY_INLINE hn::Vec<D> grownByNear(D d, hn::Vec<D> v, const hn::TFromD<D>* pNear,
     return v;
 }
 
+// Whether each sample holds against the one before it. Then all hold against all.
+template <class Op, class Direction, class D, class V = hn::Vec<D>>
+HWY_INLINE bool isQuiet(D d, V now, V carry, V most) {
+    const V pushed = Op::limit(Op::grow(now, lanesBefore<Direction>(d, now, carry)), most);
+    return hn::AllTrue(d, hn::Eq(pushed, now));
+}
+
 // Sweeps over whole vectors. The last one may overlap the one before it: what is swept twice stays as it is.
-template <class Op, class Direction, Near kNear, class D, class L = hn::TFromD<D>>
+template <class Op, class Direction, Near kNear, Pass kPass, class D, class L = hn::TFromD<D>>
 HWY_INLINE bool sweepVectors(D d, const L* pNear, const L* pMask, L* pRow, int width) {
     using V = hn::Vec<D>;
     constexpr int kLanes = hn::MaxLanes(D());
@@ -230,9 +240,7 @@ HWY_INLINE bool sweepVectors(D d, const L* pNear, const L* pMask, L* pRow, int w
         const V old = hn::LoadU(d, pRow + x);
         const V most = loadMask(d, pMask + x);
         V now = Op::limit(grownByNear<Op, kNear>(d, old, pNear, x, width), most);
-        // Where each sample holds against the one before it, so does the vector: most do after the first passes.
-        const V pushed = Op::limit(Op::grow(now, lanesBefore<Direction>(d, now, carry)), most);
-        if (!hn::AllTrue(d, hn::Eq(pushed, now))) {
+        if (kPass == Pass::kPlain || !isQuiet<Op, Direction>(d, now, carry, most)) {
             const Steps<V> steps = joined<Op, Direction, sizeof(L)>(d, {now, most});
             now = Op::grow(steps.lo, Op::limit(carry, steps.hi));
         }
@@ -240,7 +248,7 @@ HWY_INLINE bool sweepVectors(D d, const L* pNear, const L* pMask, L* pRow, int w
         changes = hn::Or(changes, hn::Xor(now, old));
         carry = lastLane<Direction>(d, now);
     }
-    return !hn::AllTrue(d, hn::Eq(changes, hn::Zero(d)));
+    return kPass == Pass::kCheck && !hn::AllTrue(d, hn::Eq(changes, hn::Zero(d)));
 }
 
 // The same for rows shorter than any vector, sample by sample.
@@ -267,7 +275,7 @@ bool sweepSamples(const L* pNear, const L* pMask, L* pRow, int width) {
     return changed;
 }
 
-template <class Op, class Direction, Near kNear, class T>
+template <class Op, class Direction, Near kNear, Pass kPass, class T>
 bool sweep(const T* pNear, const T* pMask, T* pRow, int width) {
     using L = LaneOf<T>;
     const hn::CappedTag<L, 32 / sizeof(L)> wide;
@@ -276,39 +284,55 @@ bool sweep(const T* pNear, const T* pMask, T* pRow, int width) {
     const L* const mask = reinterpret_cast<const L*>(pMask);
     L* const row = reinterpret_cast<L*>(pRow);
     if (width >= static_cast<int>(hn::Lanes(wide)))
-        return sweepVectors<Op, Direction, kNear>(wide, near, mask, row, width);
+        return sweepVectors<Op, Direction, kNear, kPass>(wide, near, mask, row, width);
     if (width >= static_cast<int>(hn::Lanes(block)))
-        return sweepVectors<Op, Direction, kNear>(block, near, mask, row, width);
+        return sweepVectors<Op, Direction, kNear, kPass>(block, near, mask, row, width);
     return sweepSamples<Op, Direction, kNear>(near, mask, row, width);
 }
 
 }  // namespace
 
 constexpr auto& ownReorder_32f_C1R = reorderRow;
-constexpr auto& ownDilateForwardCheckRev02_8u_C1R = sweep<Dilation, Forward, Near::kNone, Qel8u>;
-constexpr auto& ownDilateBackwardCheckRev02_8u_C1R = sweep<Dilation, Backward, Near::kNone, Qel8u>;
-constexpr auto& ownDilateForwardCheck02_8u_C1R = sweep<Dilation, Forward, Near::kL1, Qel8u>;
-constexpr auto& ownDilateBackwardCheck02_8u_C1R = sweep<Dilation, Backward, Near::kL1, Qel8u>;
-constexpr auto& ownDilateForwardCheck02_8u_C1RInf = sweep<Dilation, Forward, Near::kInf, Qel8u>;
-constexpr auto& ownDilateBackwardCheck02_8u_C1RInf = sweep<Dilation, Backward, Near::kInf, Qel8u>;
-constexpr auto& ownDilateForwardCheckRev02_32f_C1R = sweep<Dilation, Forward, Near::kNone, Qel32f>;
-constexpr auto& ownDilateBackwardCheckRev02_32f_C1R = sweep<Dilation, Backward, Near::kNone, Qel32f>;
-constexpr auto& ownDilateForwardCheck02_32f_C1R = sweep<Dilation, Forward, Near::kL1, Qel32f>;
-constexpr auto& ownDilateBackwardCheck02_32f_C1R = sweep<Dilation, Backward, Near::kL1, Qel32f>;
-constexpr auto& ownDilateForwardCheck02_32f_C1RInf = sweep<Dilation, Forward, Near::kInf, Qel32f>;
-constexpr auto& ownDilateBackwardCheck02_32f_C1RInf = sweep<Dilation, Backward, Near::kInf, Qel32f>;
-constexpr auto& ownErodeForwardCheckRev02_8u_C1R = sweep<Erosion, Forward, Near::kNone, Qel8u>;
-constexpr auto& ownErodeBackwardCheckRev02_8u_C1R = sweep<Erosion, Backward, Near::kNone, Qel8u>;
-constexpr auto& ownErodeForwardCheck02_8u_C1R = sweep<Erosion, Forward, Near::kL1, Qel8u>;
-constexpr auto& ownErodeBackwardCheck02_8u_C1R = sweep<Erosion, Backward, Near::kL1, Qel8u>;
-constexpr auto& ownErodeForwardCheck02_8u_C1RInf = sweep<Erosion, Forward, Near::kInf, Qel8u>;
-constexpr auto& ownErodeBackwardCheck02_8u_C1RInf = sweep<Erosion, Backward, Near::kInf, Qel8u>;
-constexpr auto& ownErodeForwardCheckRev02_32f_C1R = sweep<Erosion, Forward, Near::kNone, Qel32f>;
-constexpr auto& ownErodeBackwardCheckRev02_32f_C1R = sweep<Erosion, Backward, Near::kNone, Qel32f>;
-constexpr auto& ownErodeForwardCheck02_32f_C1R = sweep<Erosion, Forward, Near::kL1, Qel32f>;
-constexpr auto& ownErodeBackwardCheck02_32f_C1R = sweep<Erosion, Backward, Near::kL1, Qel32f>;
-constexpr auto& ownErodeForwardCheck02_32f_C1RInf = sweep<Erosion, Forward, Near::kInf, Qel32f>;
-constexpr auto& ownErodeBackwardCheck02_32f_C1RInf = sweep<Erosion, Backward, Near::kInf, Qel32f>;
+constexpr auto& ownDilateForwardRev02_8u_C1R = sweep<Dilation, Forward, Near::kNone, Pass::kPlain, Qel8u>;
+constexpr auto& ownDilateForwardCheckRev02_8u_C1R = sweep<Dilation, Forward, Near::kNone, Pass::kCheck, Qel8u>;
+constexpr auto& ownDilateBackwardRev02_8u_C1R = sweep<Dilation, Backward, Near::kNone, Pass::kPlain, Qel8u>;
+constexpr auto& ownDilateBackwardCheckRev02_8u_C1R = sweep<Dilation, Backward, Near::kNone, Pass::kCheck, Qel8u>;
+constexpr auto& ownDilateForward02_8u_C1R = sweep<Dilation, Forward, Near::kL1, Pass::kPlain, Qel8u>;
+constexpr auto& ownDilateForwardCheck02_8u_C1R = sweep<Dilation, Forward, Near::kL1, Pass::kCheck, Qel8u>;
+constexpr auto& ownDilateBackwardCheck02_8u_C1R = sweep<Dilation, Backward, Near::kL1, Pass::kCheck, Qel8u>;
+constexpr auto& ownDilateForward02_8u_C1RInf = sweep<Dilation, Forward, Near::kInf, Pass::kPlain, Qel8u>;
+constexpr auto& ownDilateForwardCheck02_8u_C1RInf = sweep<Dilation, Forward, Near::kInf, Pass::kCheck, Qel8u>;
+constexpr auto& ownDilateBackwardCheck02_8u_C1RInf = sweep<Dilation, Backward, Near::kInf, Pass::kCheck, Qel8u>;
+constexpr auto& ownDilateForwardRev02_32f_C1R = sweep<Dilation, Forward, Near::kNone, Pass::kPlain, Qel32f>;
+constexpr auto& ownDilateForwardCheckRev02_32f_C1R = sweep<Dilation, Forward, Near::kNone, Pass::kCheck, Qel32f>;
+constexpr auto& ownDilateBackwardRev02_32f_C1R = sweep<Dilation, Backward, Near::kNone, Pass::kPlain, Qel32f>;
+constexpr auto& ownDilateBackwardCheckRev02_32f_C1R = sweep<Dilation, Backward, Near::kNone, Pass::kCheck, Qel32f>;
+constexpr auto& ownDilateForward02_32f_C1R = sweep<Dilation, Forward, Near::kL1, Pass::kPlain, Qel32f>;
+constexpr auto& ownDilateForwardCheck02_32f_C1R = sweep<Dilation, Forward, Near::kL1, Pass::kCheck, Qel32f>;
+constexpr auto& ownDilateBackwardCheck02_32f_C1R = sweep<Dilation, Backward, Near::kL1, Pass::kCheck, Qel32f>;
+constexpr auto& ownDilateForward02_32f_C1RInf = sweep<Dilation, Forward, Near::kInf, Pass::kPlain, Qel32f>;
+constexpr auto& ownDilateForwardCheck02_32f_C1RInf = sweep<Dilation, Forward, Near::kInf, Pass::kCheck, Qel32f>;
+constexpr auto& ownDilateBackwardCheck02_32f_C1RInf = sweep<Dilation, Backward, Near::kInf, Pass::kCheck, Qel32f>;
+constexpr auto& ownErodeForwardRev02_8u_C1R = sweep<Erosion, Forward, Near::kNone, Pass::kPlain, Qel8u>;
+constexpr auto& ownErodeForwardCheckRev02_8u_C1R = sweep<Erosion, Forward, Near::kNone, Pass::kCheck, Qel8u>;
+constexpr auto& ownErodeBackwardRev02_8u_C1R = sweep<Erosion, Backward, Near::kNone, Pass::kPlain, Qel8u>;
+constexpr auto& ownErodeBackwardCheckRev02_8u_C1R = sweep<Erosion, Backward, Near::kNone, Pass::kCheck, Qel8u>;
+constexpr auto& ownErodeForward02_8u_C1R = sweep<Erosion, Forward, Near::kL1, Pass::kPlain, Qel8u>;
+constexpr auto& ownErodeForwardCheck02_8u_C1R = sweep<Erosion, Forward, Near::kL1, Pass::kCheck, Qel8u>;
+constexpr auto& ownErodeBackwardCheck02_8u_C1R = sweep<Erosion, Backward, Near::kL1, Pass::kCheck, Qel8u>;
+constexpr auto& ownErodeForward02_8u_C1RInf = sweep<Erosion, Forward, Near::kInf, Pass::kPlain, Qel8u>;
+constexpr auto& ownErodeForwardCheck02_8u_C1RInf = sweep<Erosion, Forward, Near::kInf, Pass::kCheck, Qel8u>;
+constexpr auto& ownErodeBackwardCheck02_8u_C1RInf = sweep<Erosion, Backward, Near::kInf, Pass::kCheck, Qel8u>;
+constexpr auto& ownErodeForwardRev02_32f_C1R = sweep<Erosion, Forward, Near::kNone, Pass::kPlain, Qel32f>;
+constexpr auto& ownErodeForwardCheckRev02_32f_C1R = sweep<Erosion, Forward, Near::kNone, Pass::kCheck, Qel32f>;
+constexpr auto& ownErodeBackwardRev02_32f_C1R = sweep<Erosion, Backward, Near::kNone, Pass::kPlain, Qel32f>;
+constexpr auto& ownErodeBackwardCheckRev02_32f_C1R = sweep<Erosion, Backward, Near::kNone, Pass::kCheck, Qel32f>;
+constexpr auto& ownErodeForward02_32f_C1R = sweep<Erosion, Forward, Near::kL1, Pass::kPlain, Qel32f>;
+constexpr auto& ownErodeForwardCheck02_32f_C1R = sweep<Erosion, Forward, Near::kL1, Pass::kCheck, Qel32f>;
+constexpr auto& ownErodeBackwardCheck02_32f_C1R = sweep<Erosion, Backward, Near::kL1, Pass::kCheck, Qel32f>;
+constexpr auto& ownErodeForward02_32f_C1RInf = sweep<Erosion, Forward, Near::kInf, Pass::kPlain, Qel32f>;
+constexpr auto& ownErodeForwardCheck02_32f_C1RInf = sweep<Erosion, Forward, Near::kInf, Pass::kCheck, Qel32f>;
+constexpr auto& ownErodeBackwardCheck02_32f_C1RInf = sweep<Erosion, Backward, Near::kInf, Pass::kCheck, Qel32f>;
 
 }  // namespace HWY_NAMESPACE
 }  // namespace qel
@@ -317,28 +341,44 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace qel {
 QEL_KERNEL(ownReorder_32f_C1R);
+QEL_KERNEL(ownDilateForwardRev02_8u_C1R);
 QEL_KERNEL(ownDilateForwardCheckRev02_8u_C1R);
+QEL_KERNEL(ownDilateBackwardRev02_8u_C1R);
 QEL_KERNEL(ownDilateBackwardCheckRev02_8u_C1R);
+QEL_KERNEL(ownDilateForward02_8u_C1R);
 QEL_KERNEL(ownDilateForwardCheck02_8u_C1R);
 QEL_KERNEL(ownDilateBackwardCheck02_8u_C1R);
+QEL_KERNEL(ownDilateForward02_8u_C1RInf);
 QEL_KERNEL(ownDilateForwardCheck02_8u_C1RInf);
 QEL_KERNEL(ownDilateBackwardCheck02_8u_C1RInf);
+QEL_KERNEL(ownDilateForwardRev02_32f_C1R);
 QEL_KERNEL(ownDilateForwardCheckRev02_32f_C1R);
+QEL_KERNEL(ownDilateBackwardRev02_32f_C1R);
 QEL_KERNEL(ownDilateBackwardCheckRev02_32f_C1R);
+QEL_KERNEL(ownDilateForward02_32f_C1R);
 QEL_KERNEL(ownDilateForwardCheck02_32f_C1R);
 QEL_KERNEL(ownDilateBackwardCheck02_32f_C1R);
+QEL_KERNEL(ownDilateForward02_32f_C1RInf);
 QEL_KERNEL(ownDilateForwardCheck02_32f_C1RInf);
 QEL_KERNEL(ownDilateBackwardCheck02_32f_C1RInf);
+QEL_KERNEL(ownErodeForwardRev02_8u_C1R);
 QEL_KERNEL(ownErodeForwardCheckRev02_8u_C1R);
+QEL_KERNEL(ownErodeBackwardRev02_8u_C1R);
 QEL_KERNEL(ownErodeBackwardCheckRev02_8u_C1R);
+QEL_KERNEL(ownErodeForward02_8u_C1R);
 QEL_KERNEL(ownErodeForwardCheck02_8u_C1R);
 QEL_KERNEL(ownErodeBackwardCheck02_8u_C1R);
+QEL_KERNEL(ownErodeForward02_8u_C1RInf);
 QEL_KERNEL(ownErodeForwardCheck02_8u_C1RInf);
 QEL_KERNEL(ownErodeBackwardCheck02_8u_C1RInf);
+QEL_KERNEL(ownErodeForwardRev02_32f_C1R);
 QEL_KERNEL(ownErodeForwardCheckRev02_32f_C1R);
+QEL_KERNEL(ownErodeBackwardRev02_32f_C1R);
 QEL_KERNEL(ownErodeBackwardCheckRev02_32f_C1R);
+QEL_KERNEL(ownErodeForward02_32f_C1R);
 QEL_KERNEL(ownErodeForwardCheck02_32f_C1R);
 QEL_KERNEL(ownErodeBackwardCheck02_32f_C1R);
+QEL_KERNEL(ownErodeForward02_32f_C1RInf);
 QEL_KERNEL(ownErodeForwardCheck02_32f_C1RInf);
 QEL_KERNEL(ownErodeBackwardCheck02_32f_C1RInf);
 }  // namespace qel
