@@ -11,6 +11,12 @@
 extern "C" {
 #endif
 
+/** A line: the points (x, y) with x * cos(theta) + y * sin(theta) = rho. */
+typedef struct QelPointPolar {
+    Qel32f rho;   /**< distance from the first pixel of the region, in pixels; negative to the other side of it */
+    Qel32f theta; /**< angle of the normal to the x axis in radians, positive toward y */
+} QelPointPolar;
+
 /**
  * @name Edges by Canny's method, from two images of derivatives
  *
@@ -78,6 +84,90 @@ QEL_API qelStatus qeliCanny_32f8u_C1R(const Qel32f* pSrcDx, int srcDxStep, const
  */
 /** @{ */
 QEL_API qelStatus qeliCannyGetSize(QelSize roiSize, int* pBufferSize);
+/** @} */
+
+/**
+ * @name Lines by the Hough transform
+ *
+ * Each pixel other than zero votes, at each angle, for the line through it. Angles are t * delta.theta for t from 0 to
+ * trunc(3.14159 / delta.theta), so pi itself is never one. At an angle, votes are counted for distances delta.rho
+ * apart, of which n = trunc((2 * (width + height) + 1) / delta.rho) exist; that of 0 is number half = (n - 1) / 2. A
+ * count is a line where it is
+ *
+ * - above threshold,
+ * - above those of the next smaller distance and of the next smaller angle,
+ * - at least those of the next larger distance and of the next larger angle; outside of the plane counts are 0.
+ *
+ * The maxLineCount lines of the most votes are listed, the strongest first; of equal ones, the smaller angle and then
+ * the smaller distance come first.
+ *
+ * The counter of a pixel is ((v + 512) >> 10) + half, where v = x * cosT + y * sinT, and cosT and sinT are the cosine
+ * and the sine of the angle times 1024 / delta.rho, truncated. The angles of these are added up in single precision.
+ * The function for the whole plane computes v in single precision, each step rounded, and then to an integer with ties
+ * to even; that for a region in 32-bit integers. Coarse resolutions round to a counter beyond the ends, which counts as
+ * well.
+ *
+ * For a region of the plane, only angles with dstRoi[0].theta <= t * delta.theta <= dstRoi[1].theta, in single
+ * precision, and counters from trunc(half + dstRoi[0].rho / delta.rho) to trunc(half + dstRoi[1].rho / delta.rho)
+ * count.
+ *
+ * Richard O. Duda and Peter E. Hart, Use of the Hough Transformation to Detect Lines and Curves in Pictures, 1972.
+ *
+ * @param pSrc          first sample of the source region
+ * @param srcStep       bytes from one row to the next, above 0; it may be less than a row
+ * @param roiSize       region in pixels, at least 1 by 1
+ * @param delta         resolution: distance, above 0 and at most width + height, and angle, above 0 and at most
+ *                      3.14159f
+ * @param threshold     votes that a line exceeds, above 0
+ * @param pLine         receives the lines; entries behind the last one are not written
+ * @param dstRoi        two corners of the region, the lower one first. Angles are clamped to the range from 0 to
+ *                      3.14159f and written back.
+ * @param maxLineCount  entries that pLine has room for, above 0
+ * @param pLineCount    receives the number of lines in the list
+ * @param pBuffer       scratch of the size that the function below tells, at any address and with any contents
+ *
+ * @retval qelStatusOk           the list is written
+ * @retval qelStatusNullPointer  a pointer is null
+ * @retval qelStatusBadStep      srcStep is below 1
+ * @retval qelStatusBadSize      width, height or maxLineCount below 1
+ * @retval qelStatusBadArg       delta.rho, delta.theta or threshold is out of its range
+ * @retval qelStatusBadRange     the first corner has the larger distance or angle; *pLineCount is 0
+ *
+ * Tested in this order; on an error nothing else is written. Runs on the caller's thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliHoughLine_8u32f_C1R(const Qel8u* pSrc, int srcStep, QelSize roiSize, QelPointPolar delta,
+                                          int threshold, QelPointPolar* pLine, int maxLineCount, int* pLineCount,
+                                          Qel8u* pBuffer);
+QEL_API qelStatus qeliHoughLine_Region_8u32f_C1R(const Qel8u* pSrc, int srcStep, QelSize roiSize, QelPointPolar* pLine,
+                                                 QelPointPolar* dstRoi, int maxLineCount, int* pLineCount,
+                                                 QelPointPolar delta, int threshold, Qel8u* pBuffer);
+/** @} */
+
+/**
+ * @name Scratch of the Hough transform
+ *
+ * The size is
+ *
+ *     (4 * width + 48) * height + 16 * maxLineCount + 16 * n + 8 * trunc(3.14159 / delta.theta) + 264
+ *
+ * bytes modulo 2^32, with n as above. The division of n is in single precision, that of the angles in double.
+ *
+ * @param roiSize       region of the call, at least 1 by 1
+ * @param delta         resolution, both above 0
+ * @param maxLineCount  entries of the list
+ * @param pBufferSize   receives the bytes
+ *
+ * @retval qelStatusOk            *pBufferSize is written
+ * @retval qelStatusNullPointer   pBufferSize is null
+ * @retval qelStatusBadSize       width or height below 1
+ * @retval qelStatusBadArg        delta.rho or delta.theta is not above 0
+ * @retval qelStatusSizeOverflow  the size is beyond the range of int. *pBufferSize is written, but negative.
+ *
+ * Tested in this order; on an error nothing is written.
+ */
+/** @{ */
+QEL_API qelStatus qeliHoughLineGetSize_8u_C1R(QelSize roiSize, QelPointPolar delta, int maxLineCount, int* pBufferSize);
 /** @} */
 
 /**

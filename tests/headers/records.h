@@ -37,6 +37,10 @@ HAS_OFFSET(QelRect, y, 4);
 HAS_OFFSET(QelRect, width, 8);
 HAS_OFFSET(QelRect, height, 12);
 
+HAS_SIZE(QelPointPolar, 8);
+HAS_OFFSET(QelPointPolar, rho, 0);
+HAS_OFFSET(QelPointPolar, theta, 4);
+
 /* Five words of 4 bytes, then three pointers: aligned to 8 bytes where pointers are as wide. */
 #define FIRST_POINTER ((20 + sizeof(void*) - 1) / sizeof(void*) * sizeof(void*))
 HAS_SIZE(QelVersionRecord, FIRST_POINTER + 3 * sizeof(void*));
