@@ -87,7 +87,7 @@ void downAndUp(Section& section) {
 void colourAndFloat(Section& section) {
     const auto twice = step(section, "qeliPyrUp_Gauss5x5_8u_C3R", qeliPyrUp_Gauss5x5_8u_C3R, kUp, section.rgb());
     const QelRect part = {section.rgb().width() / 3, section.rgb().height() / 3,
-                          std::min(40, section.rgb().width() / 2), std::min(30, section.rgb().height() / 2)};
+                          std::clamp(section.rgb().width() / 2, 1, 40), std::clamp(section.rgb().height() / 2, 1, 30)};
     const QelRect doubled = {2 * part.x, 2 * part.y, 2 * part.width, 2 * part.height};
     section.add({.image = sideBySide({zoomed(section.rgb(), part, 10), zoomed(twice.image, doubled, 5)}),
                  .title = "Twice the size, closely",
@@ -107,7 +107,7 @@ void colourAndFloat(Section& section) {
 
 void gaussianSteps(Section& section) {
     colourLevels(section);
-    downAndUp(section);
+    if (section.gray().width() > 1 && section.gray().height() > 1) downAndUp(section);
     colourAndFloat(section);
 }
 

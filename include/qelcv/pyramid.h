@@ -133,6 +133,145 @@ QEL_API qelStatus qeliPyrDownGetBufSize_Gauss5x5(int width, int dataType, int ch
 QEL_API qelStatus qeliPyrUpGetBufSize_Gauss5x5(int width, int dataType, int channels, int* pBufferSize);
 /** @} */
 
+/**
+ * @name A copy shifted by a fraction of a pixel
+ *
+ *     pDst[x, y] = (1 - a) (1 - b) s[x, y] + a (1 - b) s[x+1, y] + (1 - a) b s[x, y+1] + a b s[x+1, y+1]
+ *
+ * where s is the source, `a` the fraction of dx and `b` that of dy: what lies beyond the last whole number, also below
+ * zero, so -0.25 has the fraction 0.75. Whole pixels of a shift have no effect.
+ *
+ * - 8u, 8u16u: the weights are in units of 2^-14: A = truncation of a * 16384 + 0.5, likewise B, a product is
+ *   (A * B + 16384) >> 14, and so on for 16384 - A and 16384 - B. They then exceed 16384 by 1 to 4, by which the
+ * largest is made less: the first largest of those at (x, y), (x, y+1), (x+1, y), (x+1, y+1). 8u is (sum + 8192) >> 14.
+ * 8u16u is the sum divided by 2^n, n = 14 + scaleFactor, to the nearest integer, halves upward, saturated at 65535; any
+ *   scaleFactor is accepted, and -7 gives the sample times 128.
+ * - all others: weights and sums in single precision, as (s00 w00 + s01 w01) + (s10 w10 + s11 w11). 16u rounds to
+ * nearest, ties to even. 8u32f and 16u32f use fractions of at least 1e-6 for dx and 1e-9 for dy, 32f of at least 1e-6
+ * for both. 32f images below 65 pixels in width and in height take rows in pairs: in the second of a pair the upper
+ * half of the sum is the lower half of the row above times (1 - b) / b.
+ *
+ * @param pSrc      first sample of the source: one column and one row more than roiSize are read
+ * @param srcStep, dstStep  bytes from one row to the next: at least the bytes of `width` samples and a multiple of the
+ *                  sample size
+ * @param pDst      first sample of the result, apart from the source
+ * @param roiSize   size of the result in pixels, at least 1 by 1
+ * @param dx, dy    the shift to the right and downward, in pixels
+ * @param scaleFactor  Sfs: places by which sums are made less
+ *
+ * @retval qelStatusOk                      the result is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  a step is not a multiple of its sample size
+ *
+ * Tested in this order; on an error nothing is written. Runs on the caller's thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliCopySubpix_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep, QelSize roiSize,
+                                        Qel32f dx, Qel32f dy);
+QEL_API qelStatus qeliCopySubpix_8u16u_C1R_Sfs(const Qel8u* pSrc, int srcStep, Qel16u* pDst, int dstStep,
+                                               QelSize roiSize, Qel32f dx, Qel32f dy, int scaleFactor);
+QEL_API qelStatus qeliCopySubpix_8u32f_C1R(const Qel8u* pSrc, int srcStep, Qel32f* pDst, int dstStep, QelSize roiSize,
+                                           Qel32f dx, Qel32f dy);
+QEL_API qelStatus qeliCopySubpix_16u_C1R(const Qel16u* pSrc, int srcStep, Qel16u* pDst, int dstStep, QelSize roiSize,
+                                         Qel32f dx, Qel32f dy);
+QEL_API qelStatus qeliCopySubpix_16u32f_C1R(const Qel16u* pSrc, int srcStep, Qel32f* pDst, int dstStep, QelSize roiSize,
+                                            Qel32f dx, Qel32f dy);
+QEL_API qelStatus qeliCopySubpix_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep, QelSize roiSize,
+                                         Qel32f dx, Qel32f dy);
+/** @} */
+
+/**
+ * @name The window around a point between pixels
+ *
+ * A window of W by H results whose centre is the point (x, y). Where it reaches beyond the image, the image's edge
+ * samples are repeated. Per axis, with the size W and the image's size sw:
+ * - the window's start is x - (W - 1) * 0.5 in single precision, its whole part ix = truncation of start + W, less W,
+ *   and its fraction start - ix
+ * - results from min to max lie between two samples of the image. min is -ix where that is above 0, at most W. max is
+ *   W - 1, or sw - ix - 2 where the image ends before. Where ix is sw or more, min is 0 and max is -1: nothing is seen.
+ *
+ * A result between min and max in both axes weighs four samples, as the shifted copy of the same type does; fractions
+ * are not raised, and 32f knows no pairs of rows. Between them in one axis only, it weighs two samples of the nearest
+ * row or column: with 16384 - A and A, or 1 - a and a. In neither, it is the corner's sample. Each is rounded as the
+ * type says.
+ *
+ * @param pSrc        first sample of the image
+ * @param srcStep, dstStep  bytes from one row to the next: at least a row's bytes and a multiple of the sample size;
+ *                    bytes between rows are neither read nor written
+ * @param srcRoiSize  size of the image in pixels, at least 1 by 1
+ * @param pDst        first sample of the window, apart from the image
+ * @param dstRoiSize  size of the window in pixels, at least 1 by 1
+ * @param x, y        the centre, in pixels of the image
+ * @param pMin, pMax  receive the first and the last column and row of the window that lie between samples of the image
+ * @param scaleFactor Sfs: places by which sums are made less
+ *
+ * @retval qelStatusOk                      the window, *pMin and *pMax are written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 a width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  a step is not a multiple of its sample size
+ *
+ * Tested in this order; on an error nothing is written. Runs on the caller's thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliCopySubpixIntersect_8u_C1R(const Qel8u* pSrc, int srcStep, QelSize srcRoiSize, Qel8u* pDst,
+                                                 int dstStep, QelSize dstRoiSize, Qel32f x, Qel32f y, QelPoint* pMin,
+                                                 QelPoint* pMax);
+QEL_API qelStatus qeliCopySubpixIntersect_8u16u_C1R_Sfs(const Qel8u* pSrc, int srcStep, QelSize srcRoiSize,
+                                                        Qel16u* pDst, int dstStep, QelSize dstRoiSize, Qel32f x,
+                                                        Qel32f y, QelPoint* pMin, QelPoint* pMax, int scaleFactor);
+QEL_API qelStatus qeliCopySubpixIntersect_8u32f_C1R(const Qel8u* pSrc, int srcStep, QelSize srcRoiSize, Qel32f* pDst,
+                                                    int dstStep, QelSize dstRoiSize, Qel32f x, Qel32f y, QelPoint* pMin,
+                                                    QelPoint* pMax);
+QEL_API qelStatus qeliCopySubpixIntersect_16u_C1R(const Qel16u* pSrc, int srcStep, QelSize srcRoiSize, Qel16u* pDst,
+                                                  int dstStep, QelSize dstRoiSize, Qel32f x, Qel32f y, QelPoint* pMin,
+                                                  QelPoint* pMax);
+QEL_API qelStatus qeliCopySubpixIntersect_16u32f_C1R(const Qel16u* pSrc, int srcStep, QelSize srcRoiSize, Qel32f* pDst,
+                                                     int dstStep, QelSize dstRoiSize, Qel32f x, Qel32f y,
+                                                     QelPoint* pMin, QelPoint* pMax);
+QEL_API qelStatus qeliCopySubpixIntersect_32f_C1R(const Qel32f* pSrc, int srcStep, QelSize srcRoiSize, Qel32f* pDst,
+                                                  int dstStep, QelSize dstRoiSize, Qel32f x, Qel32f y, QelPoint* pMin,
+                                                  QelPoint* pMax);
+/** @} */
+
+/**
+ * @name The pixels on a line between two points
+ *
+ * Bresenham's line from pt1 to pt2, both included: one pixel for each step along the longer axis, that is
+ * max(|x2 - x1|, |y2 - y1|) + 1 of them. Where both axes are as long, the line is the diagonal.
+ *
+ * @param pSrc      first sample of the image; C3: three interleaved channels
+ * @param srcStep   bytes from one row to the next: at least a row's bytes and a multiple of the sample size
+ * @param roiSize   size of the image in pixels, at least 1 by 1
+ * @param pDst      receives the pixels one behind the other
+ * @param pt1, pt2  first and last pixel of the line, both in the image
+ *
+ * @retval qelStatusOk                      the line is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 the step is shorter than a row
+ * @retval qelStatusStepNotElementMultiple  16u, 32f: the step is not a multiple of the sample size
+ * @retval qelStatusOutOfRange              a point lies outside of the image
+ *
+ * Tested in this order; on an error nothing is written. Runs on the caller's thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliSampleLine_8u_C1R(const Qel8u* pSrc, int srcStep, QelSize roiSize, Qel8u* pDst, QelPoint pt1,
+                                        QelPoint pt2);
+QEL_API qelStatus qeliSampleLine_8u_C3R(const Qel8u* pSrc, int srcStep, QelSize roiSize, Qel8u* pDst, QelPoint pt1,
+                                        QelPoint pt2);
+QEL_API qelStatus qeliSampleLine_16u_C1R(const Qel16u* pSrc, int srcStep, QelSize roiSize, Qel16u* pDst, QelPoint pt1,
+                                         QelPoint pt2);
+QEL_API qelStatus qeliSampleLine_16u_C3R(const Qel16u* pSrc, int srcStep, QelSize roiSize, Qel16u* pDst, QelPoint pt1,
+                                         QelPoint pt2);
+QEL_API qelStatus qeliSampleLine_32f_C1R(const Qel32f* pSrc, int srcStep, QelSize roiSize, Qel32f* pDst, QelPoint pt1,
+                                         QelPoint pt2);
+QEL_API qelStatus qeliSampleLine_32f_C3R(const Qel32f* pSrc, int srcStep, QelSize roiSize, Qel32f* pDst, QelPoint pt1,
+                                         QelPoint pt2);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

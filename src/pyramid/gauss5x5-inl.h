@@ -4,6 +4,7 @@
 // unused lanes behind them. So shuffles never cross a block, and every vector works on blocks as a short one does.
 #include "frame/channel-inl.h"
 #include "frame/simd-inl.h"
+#include "pyramid/cover_row-inl.h"
 #include "pyramid/gauss5x5_sums.h"
 
 #if defined(QELCV_PYRAMID_GAUSS5X5_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -16,16 +17,6 @@
 HWY_BEFORE_NAMESPACE();
 namespace qel {
 namespace HWY_NAMESPACE {
-
-// op(d, x) on vectors that cover `count` lanes. Where there is room for a whole one, the last overlaps the one before.
-template <class D, class Op>
-HWY_INLINE void coverRow(D d, size_t count, const Op& op) {
-    if (count >= hn::Lanes(d)) {
-        forBlocks(hn::Lanes(d), hn::Lanes(d), count, [&](size_t x) QEL_INLINE_LAMBDA { op(d, x); });
-    } else if constexpr (hn::MaxLanes(D()) > 1) {
-        forVectors(hn::Half<D>(), count, op);
-    }
-}
 
 // Bytes of T at any address as bytes without a sign.
 template <class T, class D8>
