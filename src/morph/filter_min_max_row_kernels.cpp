@@ -2,16 +2,12 @@
 #include "morph/filter_min_max_kernels.h"
 
 #define HWY_TARGET_INCLUDE "morph/filter_min_max_row_kernels.cpp"
-#include "morph/filter_min_max-inl.h"
+#include "morph/filter_min_max_slide-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qel {
 namespace HWY_NAMESPACE {
 namespace {
-
-// A run of k pixels has the extremes of k pixels in a row. It starts at `pixel`, which may lie outside of the line: the
-// line's end pixels stand for those beyond. Runs of few pixels are made of the line, wider ones of two to four narrower
-// runs that overlap or meet.
 
 template <class T>
 struct Line {
@@ -22,58 +18,12 @@ struct Line {
     ptrdiff_t at(ptrdiff_t pixel) const { return pixel * channels; }
 };
 
-// Where the samples stand that are combined into one.
-struct Offsets {
-    ptrdiff_t at[6];
-};
-
-template <class Choose, size_t N, class D, class T = hn::TFromD<D>>
-HWY_INLINE hn::Vec<D> extremeOf(D d, const T* p, const Offsets& o) {
-    const Choose choose;
-    const auto first = hn::LoadU(d, p);
-    if constexpr (N == 1) return first;
-    if constexpr (N == 2) return choose(first, hn::LoadU(d, p + o.at[0]));
-    if constexpr (N >= 3) {
-        auto v = choose(choose(first, hn::LoadU(d, p + o.at[0])), hn::LoadU(d, p + o.at[1]));
-        if constexpr (N == 4) v = choose(v, hn::LoadU(d, p + o.at[2]));
-        if constexpr (N >= 5) v = choose(v, choose(hn::LoadU(d, p + o.at[2]), hn::LoadU(d, p + o.at[3])));
-        if constexpr (N == 6) v = choose(v, hn::LoadU(d, p + o.at[4]));
-        if constexpr (N == 7) v = choose(v, choose(hn::LoadU(d, p + o.at[4]), hn::LoadU(d, p + o.at[5])));
-        return v;
-    }
-}
-
-template <class Choose, size_t N, class T>
-void combineN(const T* p, T* out, size_t count, const Offsets& offsets) {
-    const Offsets o = offsets;
-    forCovering<T>(count,
-                   [=](auto d, size_t x) HWY_ATTR { hn::StoreU(extremeOf<Choose, N>(d, p + x, o), d, out + x); });
-}
-
-// out[x] is the extreme of p[x] and n - 1 samples beside it.
-template <class Choose, class T>
-void combine(int n, const T* p, T* out, size_t count, const Offsets& offsets) {
-    using Combine = void(const T*, T*, size_t, const Offsets&);
-    constexpr Combine* kCombine[] = {combineN<Choose, 1, T>, combineN<Choose, 2, T>, combineN<Choose, 3, T>,
-                                     combineN<Choose, 4, T>, combineN<Choose, 5, T>, combineN<Choose, 6, T>,
-                                     combineN<Choose, 7, T>};
-    if (count != 0) kCombine[n - 1](p, out, count, offsets);
-}
-
-// Runs of 4 k from runs of k, over themselves. Whole vectors are read and written, beyond the count too.
-template <class Choose, class T>
-void fourfold(T* p, size_t count, ptrdiff_t k) {
-    const hn::ScalableTag<T> d;
-    const Offsets o = {{k, 2 * k, 3 * k}};
-    for (size_t x = 0; x < count; x += hn::Lanes(d)) hn::StoreU(extremeOf<Choose, 4>(d, p + x, o), d, p + x);
-}
-
 // `count` times the pixel at p. Doubles what is there.
 template <class T>
 void repeatPixel(const T* p, T* out, ptrdiff_t count, int channels) {
     if (count <= 0) return;
-    const size_t samples = size_t(count) * size_t(channels);
     const hn::CappedTag<T, 1> d1;
+    const size_t samples = size_t(count) * size_t(channels);
     for (int c = 0; c < channels; ++c) hn::StoreU(hn::LoadU(d1, p + c), d1, out + c);
     for (size_t done = size_t(channels); done < samples; done *= 2) {
         forVectors(hn::ScalableTag<T>(), HWY_MIN(done, samples - done),
@@ -81,63 +31,90 @@ void repeatPixel(const T* p, T* out, ptrdiff_t count, int channels) {
     }
 }
 
-// The run of k that starts at `pixel` and meets the line.
-template <class Choose, class T>
-void runAtEnd(const Line<T>& line, int k, ptrdiff_t pixel, T* out) {
-    const ptrdiff_t first = HWY_MAX(pixel, ptrdiff_t{0});
-    const ptrdiff_t last = HWY_MIN(pixel + k, ptrdiff_t{line.width}) - 1;
-    const hn::CappedTag<T, 1> d1;
-    for (int c = 0; c < line.channels; ++c) {
-        auto extreme = hn::LoadU(d1, line.p + line.at(first) + c);
-        for (ptrdiff_t i = first + 1; i <= last; ++i)
-            extreme = Choose()(extreme, hn::LoadU(d1, line.p + line.at(i) + c));
-        hn::StoreU(extreme, d1, out + c);
+// The pixels from `begin` up to `end` of the line, whose end pixels stand for those beyond.
+template <class T>
+void copyExtended(const Line<T>& line, ptrdiff_t begin, ptrdiff_t end, T* out) {
+    const auto within = [](ptrdiff_t x, ptrdiff_t low, ptrdiff_t high) { return x < low ? low : HWY_MIN(x, high); };
+    const ptrdiff_t inside = within(0, begin, end);
+    const ptrdiff_t outside = within(line.width, inside, end);
+    const auto place = [=](ptrdiff_t pixel) { return out + line.at(pixel - begin); };
+    repeatPixel(line.p, out, inside - begin, line.channels);
+    forVectors(hn::ScalableTag<T>(), size_t(line.at(outside - inside)),
+               [p = line.p + line.at(inside), to = place(inside)](auto d, size_t x)
+                   HWY_ATTR { hn::StoreU(hn::LoadU(d, p + x), d, to + x); });
+    repeatPixel(line.p + line.at(line.width - 1), place(outside), end - outside, line.channels);
+}
+
+// Wider windows are made of these, by passes over the result.
+constexpr int kWidest = 31;
+
+// Each sample becomes the extreme of itself and those `reach` and 2 * reach behind it. Whole vectors are read and
+// written, beyond the count too.
+template <class Choose, size_t kSamples, class T>
+void combineInPlace(T* p, size_t count, ptrdiff_t reach) {
+    const hn::ScalableTag<T> d;
+    for (size_t x = 0; x < count; x += hn::Lanes(d)) {
+        auto v = Choose()(hn::LoadU(d, p + x), hn::LoadU(d, p + x + reach));
+        if constexpr (kSamples == 3) v = Choose()(v, hn::LoadU(d, p + x + 2 * reach));
+        hn::StoreU(v, d, p + x);
     }
 }
 
-// The runs of k that start at the pixels from `begin` up to `end`.
+// The same as sliding, in the same order, through memory: for pixels too large or lines too short for the vectors.
 template <class Choose, class T>
-void runs(const Line<T>& line, int k, ptrdiff_t begin, ptrdiff_t end, T* out) {
-    const auto within = [](ptrdiff_t x, ptrdiff_t low, ptrdiff_t high) { return x < low ? low : HWY_MIN(x, high); };
-    const ptrdiff_t firstMeeting = within(2 - k, begin, end);
-    const ptrdiff_t inside = within(0, begin, end);
-    const ptrdiff_t outside = within(line.width - k + 1, inside, end);
-    const ptrdiff_t afterMeeting = within(line.width - 1, outside, end);
-    const auto place = [=](ptrdiff_t pixel) { return out + line.at(pixel - begin); };
-
-    repeatPixel(line.p, out, firstMeeting - begin, line.channels);
-    for (ptrdiff_t i = firstMeeting; i < inside; ++i) runAtEnd<Choose>(line, k, i, place(i));
-    Offsets o;
-    for (int i = 0; i < 6; ++i) o.at[i] = line.at(i + 1);
-    combine<Choose>(k, line.p + line.at(inside), place(inside), size_t(line.at(outside - inside)), o);
-    for (ptrdiff_t i = outside; i < afterMeeting; ++i) runAtEnd<Choose>(line, k, i, place(i));
-    repeatPixel(line.p + line.at(line.width - 1), place(afterMeeting), end - afterMeeting, line.channels);
-}
-
-constexpr int kWidestOfLine = 7;
-constexpr int kWidest = 64;  // of what is made of runs of runs, without another pass over the result
-
-// Results of more than kWidestOfLine and at most kWidest pixels, as many as the runs of them fit the cache beside the
-// lines.
-template <class Choose, class T>
-void wideWindows(const Line<T>& line, T* pDstLine, int w, int anchor) {
+void windowsInMemory(const Line<T>& line, T* pDstLine, int w, int anchor) {
     constexpr int kTurn = 4096 / sizeof(T) / (4 * 3) * 3;  // pixels of four channels
-    constexpr int kBeyond = 64 + 3 * 16;                   // what fourfold reads behind them, at most
-    T runsOfRuns[(kTurn + kWidest) * 4 + kBeyond];
+    constexpr int kBeyond = 64 + 2 * 16;                   // what is read behind them
+    T runs[(kTurn + kWidest) * 4 + kBeyond];
     const int turn = kTurn * 4 / line.channels;
     for (int x = 0; x < line.width; x += turn) {
         const int count = HWY_MIN(turn, line.width - x);
-        int k = w == 9 ? 3 : 4;
-        runs<Choose>(line, k, x - anchor, ptrdiff_t{x} - anchor + count + w - k, runsOfRuns);
-        if (w > 16) {
-            k = 16;
-            fourfold<Choose>(runsOfRuns, size_t(line.at(count + w - k)), line.at(4));
+        const size_t all = size_t(line.at(count + w - 1));
+        copyExtended(line, ptrdiff_t{x} - anchor, ptrdiff_t{x} - anchor + count + w - 1, runs);
+        int k = 1;
+        if (w == 3 || w == 5) {
+            combineInPlace<Choose, 3>(runs, all, line.at(1));
+            k = 3;
         }
-        const int n = (w + k - 1) / k;
-        Offsets o;
-        for (int i = 0; i < n - 1; ++i) o.at[i] = line.at(i + 2 < n ? (i + 1) * k : w - k);
-        combine<Choose>(n, runsOfRuns, pDstLine + line.at(x), size_t(line.at(count)), o);
+        for (; 2 * k <= w; k *= 2) combineInPlace<Choose, 2>(runs, all, line.at(k));
+        forCovering<T>(size_t(line.at(count)),
+                       [=, to = pDstLine + line.at(x), reach = line.at(w - k)](auto d, size_t i) HWY_ATTR {
+                           hn::StoreU(Choose()(hn::LoadU(d, runs + i), hn::LoadU(d, runs + i + reach)), d, to + i);
+                       });
     }
+}
+
+template <class T>
+using SlideAlong = void(const uint8_t* p, uint8_t* out, size_t bytes, size_t w, size_t behind);
+
+// How windows of w pixels slide, if that can be in registers.
+template <class Choose, class T, int kPixel>
+SlideAlong<T>* slideOf(int w) {
+    using V = hn::Vec<hn::ScalableTag<T>>;
+    const auto fits = [w](int doublings) { return (w - (1 << doublings)) * kPixel < kVector; };
+    if constexpr (2 * kPixel <= kVector) {
+        if (w == 3) return slideAlong<Slide3<Choose, kPixel, V>, T, kPixel>;
+        if (w == 5) return slideAlong<Slide5<Choose, kPixel, V>, T, kPixel>;
+        if (w >= 4 && w < 8 && fits(2)) return slideAlong<SlideDoubled<Choose, kPixel, 2, V>, T, kPixel>;
+    }
+    if constexpr (4 * kPixel <= kVector) {
+        if (w >= 8 && w < 16 && fits(3)) return slideAlong<SlideDoubled<Choose, kPixel, 3, V>, T, kPixel>;
+    }
+    if constexpr (8 * kPixel <= kVector) {
+        if (w >= 16 && fits(4)) return slideAlong<SlideDoubled<Choose, kPixel, 4, V>, T, kPixel>;
+    }
+    return nullptr;
+}
+
+// Windows of at most kWidest pixels.
+template <class Choose, class T, int kChannels>
+void narrowWindows(const Line<T>& line, T* pDstLine, int w, int anchor) {
+    constexpr int kPixel = kChannels * int(sizeof(T));
+    const size_t bytes = size_t(line.width) * kPixel;
+    const size_t behind = size_t(w - 1 - anchor) * kPixel;
+    SlideAlong<T>* const slide = slideOf<Choose, T, kPixel>(w);
+    if (slide == nullptr || bytes < shortestLine(behind)) return windowsInMemory<Choose>(line, pDstLine, w, anchor);
+    slide(reinterpret_cast<const uint8_t*>(line.p), reinterpret_cast<uint8_t*>(pDstLine), bytes, size_t(w), behind);
 }
 
 // Each pixel becomes the extreme of itself and the pixel `reach` further on, the last one where that is none.
@@ -198,26 +175,15 @@ void widen(T* p, const Line<T>& line, ptrdiff_t left, ptrdiff_t right, ptrdiff_t
     }
 }
 
-template <class Choose, class T>
-void filterLine(const Line<T>& line, T* pDstLine, int w, int anchor) {
-    if (w <= kWidestOfLine) {
-        runs<Choose>(line, w, -ptrdiff_t{anchor}, ptrdiff_t{line.width} - anchor, pDstLine);
-    } else if (w <= kWidest) {
-        wideWindows<Choose>(line, pDstLine, w, anchor);
-    } else {
-        const int left = HWY_MIN(anchor, kWidest - 1);
-        const int right = kWidest - 1 - left;
-        // Where the window has less than that on its right, it has enough on its left.
-        const int wantedRight = w - 1 - anchor;
-        const int surplus = HWY_MAX(right - wantedRight, 0);
-        wideWindows<Choose>(line, pDstLine, kWidest, left + surplus);
-        widen<Choose>(pDstLine, line, left + surplus, right - surplus, anchor, wantedRight);
-    }
-}
-
 template <class Choose, class T, int kChannels>
 void filterRow(const T* pSrcLine, T* pDstLine, int width, int windowWidth, int anchor) {
-    filterLine<Choose>(Line<T>{pSrcLine, width, kChannels}, pDstLine, windowWidth, anchor);
+    const Line<T> line = {pSrcLine, width, kChannels};
+    if (windowWidth <= kWidest) return narrowWindows<Choose, T, kChannels>(line, pDstLine, windowWidth, anchor);
+    // Where the window has less than that on one side, it has enough on the other.
+    const int right = HWY_MIN(kWidest - 1 - HWY_MIN(anchor, kWidest - 1), windowWidth - 1 - anchor);
+    const int left = kWidest - 1 - right;
+    narrowWindows<Choose, T, kChannels>(line, pDstLine, kWidest, left);
+    widen<Choose>(pDstLine, line, left, right, anchor, windowWidth - 1 - anchor);
 }
 
 }  // namespace

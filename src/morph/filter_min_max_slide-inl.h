@@ -1,0 +1,233 @@
+// Windows that slide along a line in registers: the samples ahead of a vector's come out of the vector before it, so
+// that each is loaded once. Included once per instruction set.
+#include <cstring>
+
+#include "morph/filter_min_max-inl.h"
+
+#if defined(QELCV_MORPH_FILTER_MIN_MAX_SLIDE_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef QELCV_MORPH_FILTER_MIN_MAX_SLIDE_INL_H_
+#undef QELCV_MORPH_FILTER_MIN_MAX_SLIDE_INL_H_
+#else
+#define QELCV_MORPH_FILTER_MIN_MAX_SLIDE_INL_H_
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace qel {
+namespace HWY_NAMESPACE {
+
+using Bytes = hn::ScalableTag<uint8_t>;
+using BytesV = hn::Vec<Bytes>;
+constexpr int kBlock = 16;  // bytes that shuffles reach
+constexpr int kVector = hn::MaxLanes(Bytes());
+
+// As many bytes as `cur` has, ending kBlocks blocks before it does. They reach into `prev`, which stands before it.
+template <int kBlocks>
+HWY_INLINE BytesV blocksBefore(BytesV cur, BytesV prev) {
+    static_assert(kBlocks * kBlock <= kVector);
+    if constexpr (kBlocks == 0) return cur;
+    if constexpr (kBlocks * kBlock == kVector) return prev;
+#if HWY_TARGET == HWY_AVX3
+    if constexpr (kBlocks > 0 && kBlocks < 4)
+        return BytesV{_mm512_maskz_alignr_epi64(0xFF, cur.raw, prev.raw, 8 - 2 * kBlocks)};
+#elif HWY_TARGET == HWY_AVX2
+    if constexpr (kBlocks == 1) return hn::ConcatLowerUpper(Bytes(), cur, prev);
+#endif
+}
+
+// The same for kBytes bytes.
+template <int kBytes>
+HWY_INLINE BytesV bytesBefore(BytesV cur, BytesV prev) {
+    constexpr int kBlocks = kBytes / kBlock;
+    if constexpr (kBytes % kBlock == 0) {
+        return blocksBefore<kBlocks>(cur, prev);
+    } else {
+#if HWY_TARGET == HWY_AVX3
+        if constexpr (kBytes % 4 == 0)
+            return BytesV{_mm512_maskz_alignr_epi32(0xFFFF, cur.raw, prev.raw, (kVector - kBytes) / 4)};
+#endif
+        return hn::CombineShiftRightBytes<kBlock - kBytes % kBlock>(Bytes(), blocksBefore<kBlocks>(cur, prev),
+                                                                    blocksBefore<kBlocks + 1>(cur, prev));
+    }
+}
+template <int kBytes, class V, class D = hn::DFromV<V>>
+HWY_INLINE V before(V cur, V prev) {
+    return hn::BitCast(D(), bytesBefore<kBytes>(hn::BitCast(Bytes(), cur), hn::BitCast(Bytes(), prev)));
+}
+
+// The same for a number of bytes that is known at run time only, below a vector's.
+class Distance {
+public:
+    explicit Distance(size_t bytes)
+        : blocks_(bytes / kBlock),
+          fromNear_(hn::LoadDup128(Bytes(), kIndices + kBlock - bytes % kBlock)),
+          fromFar_(hn::LoadDup128(Bytes(), kIndices + 2 * kBlock - bytes % kBlock)) {}
+
+    template <class V, class D = hn::DFromV<V>>
+    HWY_INLINE V before(V cur, V prev) const {
+        return hn::BitCast(D(), bytesBefore(hn::BitCast(Bytes(), cur), hn::BitCast(Bytes(), prev)));
+    }
+
+private:
+    HWY_INLINE BytesV bytesBefore(BytesV cur, BytesV prev) const {
+        // The same way for all vectors of a line, which the processor soon knows.
+        if constexpr (kVector >= 64) {
+            if (blocks_ == 3) return between<3>(cur, prev);
+            if (blocks_ == 2) return between<2>(cur, prev);
+        }
+        if constexpr (kVector >= 32) {
+            if (blocks_ == 1) return between<1>(cur, prev);
+        }
+        return between<0>(cur, prev);
+    }
+
+    template <int kBlocks>
+    HWY_INLINE BytesV between(BytesV cur, BytesV prev) const {
+        return hn::Or(hn::TableLookupBytesOr0(blocksBefore<kBlocks>(cur, prev), fromNear_),
+                      hn::TableLookupBytesOr0(blocksBefore<kBlocks + 1>(cur, prev), fromFar_));
+    }
+
+    static constexpr uint8_t kIndices[3 * kBlock] = {
+        0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
+        0,    1,    2,    3,    4,    5,    6,    7,    8,    9,    10,   11,   12,   13,   14,   15,
+        0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80};
+
+    size_t blocks_;
+    BytesV fromNear_;
+    BytesV fromFar_;
+};
+
+// Windows over the pixel itself and those before it. Each call of next takes the vector behind the one before and
+// returns the extremes of the windows that end in it. Operands stand in the order of the samples.
+template <class Choose, int kPixel, class V>
+class Slide3 {
+public:
+    explicit Slide3(V before, size_t) : line_(before) {}
+
+    HWY_INLINE V next(V cur) {
+        const Choose choose;
+        const V extreme = choose(choose(before<2 * kPixel>(cur, line_), before<kPixel>(cur, line_)), cur);
+        line_ = cur;
+        return extreme;
+    }
+
+private:
+    V line_;
+};
+
+template <class Choose, int kPixel, class V>
+class Slide5 {
+public:
+    explicit Slide5(V before, size_t) : three_(before, 0), last_(before) {}
+
+    HWY_INLINE V next(V cur) {
+        const V extreme = three_.next(cur);
+        const V result = Choose()(before<2 * kPixel>(extreme, last_), extreme);
+        last_ = extreme;
+        return result;
+    }
+
+private:
+    Slide3<Choose, kPixel, V> three_;
+    V last_;
+};
+
+// Of 2^kDoublings pixels and up to as many more less one.
+template <class Choose, int kPixel, int kDoublings, class V>
+class SlideDoubled {
+public:
+    static constexpr int kReach = kPixel << (kDoublings - 1);  // bytes of the last doubling
+
+    SlideDoubled(V before, size_t w) : last_((w - (size_t{1} << kDoublings)) * kPixel), lastPrev_(before) {
+        for (V& v : prev_) v = before;
+    }
+
+    HWY_INLINE V next(V cur) {
+        const V doubled = doubledFrom<0>(cur);
+        const V result = Choose()(last_.before(doubled, lastPrev_), doubled);
+        lastPrev_ = doubled;
+        return result;
+    }
+
+private:
+    template <int i>
+    HWY_INLINE V doubledFrom(V v) {
+        if constexpr (i == kDoublings) {
+            return v;
+        } else {
+            const V doubled = Choose()(before<(kPixel << i)>(v, prev_[i]), v);
+            prev_[i] = v;
+            return doubledFrom<i + 1>(doubled);
+        }
+    }
+
+    Distance last_;
+    V prev_[kDoublings];
+    V lastPrev_;
+};
+
+// i modulo kPixel, from 0 on.
+template <int kPixel>
+struct Period {
+    uint8_t at[kVector + kBlock];
+    constexpr Period() : at() {
+        for (int i = 0; i < kVector + kBlock; ++i) at[i] = uint8_t(i % kPixel);
+    }
+};
+
+// A vector of the pixel at pBlock + offset, a whole one at `position` modulo kPixel.
+template <int kPixel>
+HWY_INLINE BytesV repeated(const uint8_t* pBlock, int offset, size_t position) {
+    static constexpr Period<kPixel> kPeriod;
+    const Bytes d;
+    return hn::TableLookupBytes(hn::LoadDup128(d, pBlock),
+                                hn::Add(hn::LoadU(d, kPeriod.at + position % kPixel), hn::Set(d, uint8_t(offset))));
+}
+
+// Lines of at least this many bytes can be slid along, in windows that reach so many bytes.
+constexpr size_t kMostReach = 4 * kVector;
+HWY_INLINE size_t shortestLine(size_t behind) { return behind + kVector + kBlock; }
+
+// Slides a window of w pixels along `bytes` bytes of pixels of kPixel bytes, `behind` bytes of it behind the result.
+template <class Slide, class T, int kPixel>
+void slideAlong(const uint8_t* p, uint8_t* out, size_t bytes, size_t w, size_t behind) {
+    const Bytes d;
+    const hn::ScalableTag<T> dt;
+    const auto load = [=](const uint8_t* at) HWY_ATTR { return hn::BitCast(dt, hn::LoadU(d, at)); };
+    const size_t reach = (w - 1) * kPixel;
+    const size_t ahead = (reach + kVector - 1) / kVector * kVector;  // whole vectors to start from
+
+    // The pixel at the start of the line, and as much of the line as is behind the first result.
+    HWY_ALIGN uint8_t start[2 * kMostReach + kVector];
+    for (size_t x = 0; x < ahead; x += kVector)
+        hn::StoreU(repeated<kPixel>(p, 0, kPixel - (ahead - x) % kPixel), d, start + x);
+    for (size_t x = 0; x < behind; x += kVector) hn::StoreU(hn::LoadU(d, p + x), d, start + ahead + x);
+
+    Slide slide(hn::Zero(dt), w);
+    for (size_t x = behind; x < behind + ahead; x += kVector) slide.next(load(start + x));
+    size_t x = 0;
+    for (; x + behind + kVector <= bytes; x += kVector)
+        hn::StoreU(hn::BitCast(d, slide.next(load(p + x + behind))), d, out + x);
+
+    // The end of the line, and the pixel there.
+    HWY_ALIGN uint8_t end[kMostReach + 3 * kVector];
+    hn::StoreU(hn::LoadU(d, p + bytes - kVector), d, end);
+    for (size_t i = 0; i < behind + kVector; i += kVector)
+        hn::StoreU(repeated<kPixel>(p + bytes - kBlock, kBlock - kPixel, i), d, end + kVector + i);
+    const uint8_t* const tail = end + kVector + behind - bytes;
+    BytesV last = x == 0 ? hn::Zero(d) : hn::LoadU(d, out + x - kVector);
+    for (; x + kVector <= bytes; x += kVector) {
+        last = hn::BitCast(d, slide.next(load(tail + x)));
+        hn::StoreU(last, d, out + x);
+    }
+    if (x == bytes) return;
+    // The last vector overlaps the one before.
+    hn::StoreU(last, d, start);
+    hn::StoreU(hn::BitCast(d, slide.next(load(tail + x))), d, start + kVector);
+    hn::StoreU(hn::LoadU(d, start + bytes - x), d, out + bytes - kVector);
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace qel
+HWY_AFTER_NAMESPACE();
+
+#endif
