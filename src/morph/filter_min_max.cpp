@@ -64,6 +64,20 @@ MinMaxColumnKernel<T>* chooseColumn(Extreme extreme, int height, int h) {
     return *RoutinesOf<T>::columns(extreme)[index];
 }
 
+// 8u only: the order in which samples meet is another one, and shows in floats that do not compare.
+template <class T>
+MinMaxSquareKernel* chooseSquare(Extreme extreme, int width, int channels, QelSize window) {
+    static const MinMaxSquare* const kSquares[2][2][5] = {
+        {{nullptr, &ownFilterMinSquare03_8u_C1R, nullptr, &ownFilterMinSquare03_8u_C3R, &ownFilterMinSquare03_8u_C4R},
+         {nullptr, &ownFilterMinSquare05_8u_C1R, nullptr, &ownFilterMinSquare05_8u_C3R, &ownFilterMinSquare05_8u_C4R}},
+        {{nullptr, &ownFilterMaxSquare03_8u_C1R, nullptr, &ownFilterMaxSquare03_8u_C3R, &ownFilterMaxSquare03_8u_C4R},
+         {nullptr, &ownFilterMaxSquare05_8u_C1R, nullptr, &ownFilterMaxSquare05_8u_C3R, &ownFilterMaxSquare05_8u_C4R}}};
+    const int side = window.width;
+    if (sizeof(T) != 1 || window.height != side || (side != 3 && side != 5)) return nullptr;
+    if (int64_t{width} * channels < kMinMaxSquareBytes) return nullptr;
+    return *kSquares[extreme == Extreme::kMax][side == 5][channels];
+}
+
 // Lines that exist at a time: those of the windows that are made together.
 int linesKept(int h) { return h + minMaxBlock(h) - 1; }
 
@@ -104,6 +118,7 @@ ExtremesByRows<T>::ExtremesByRows(Extreme extreme, const Plane<const T>& src, co
       window_(cutToRegion(window, roiSize)),
       row_(chooseRow<T>(extreme, roiSize, channels, window_.size.width)),
       column_(chooseColumn<T>(extreme, roiSize.height, window_.size.height)),
+      square_(chooseSquare<T>(extreme, roiSize.width, channels, window_.size)),
       lines_(carveLines<T>(pBuffer, int64_t{roiSize.width} * channels, roiSize, window_)) {}
 
 template <class T>
@@ -113,11 +128,14 @@ int ExtremesByRows<T>::sourceRowsFor(int end) const {
 
 template <class T>
 void ExtremesByRows<T>::makeUpTo(int end) {
-    if (window_.size.height == 1) {
+    if (square_ != nullptr) {
+        while (next_ < end) makeSquares(std::min(kMinMaxSquareRows, end - next_));
+    } else if (window_.size.height == 1) {
         for (; next_ < end; ++next_)
             row_(src_.row(next_), dst_.row(next_), size_.width, window_.size.width, window_.anchor.x);
+    } else {
+        while (next_ < end) makeRows(minMaxPart(window_.size.height, end - next_));
     }
-    while (next_ < end) makeRows(minMaxPart(window_.size.height, end - next_));
 }
 
 template <class T>
@@ -131,6 +149,21 @@ void ExtremesByRows<T>::makeRows(int count) {
     const int first = next_ - window_.anchor.y;
     lines_.fillUpTo(first + h - 1 + count, fill, nearest);
     column_(lines_.window(first), dst_.from(next_), {size_.width * channels_, count}, h);
+    next_ += count;
+}
+
+// Where fewer rows are left than are made at a time, the others go to a line of scratch, made of rows that are there.
+template <class T>
+void ExtremesByRows<T>::makeSquares(int count) {
+    const Qel8u* rows[kMinMaxSquareLargest + kMinMaxSquareRows - 1];
+    Qel8u* results[kMinMaxSquareRows];
+    const int first = next_ - window_.anchor.y;
+    const int last = sourceRowsFor(next_ + count) - 1;
+    for (int i = 0; i < window_.size.height + kMinMaxSquareRows - 1; ++i)
+        rows[i] = reinterpret_cast<const Qel8u*>(src_.row(std::clamp(first + i, 0, last)));
+    for (int i = 0; i < kMinMaxSquareRows; ++i)
+        results[i] = reinterpret_cast<Qel8u*>(i < count ? dst_.row(next_ + i) : lines_.place(0));
+    square_(rows, results, size_.width, window_.anchor.x);
     next_ += count;
 }
 

@@ -57,6 +57,7 @@ public:
 
 private:
     void makeRows(int count);
+    void makeSquares(int count);
 
     Plane<const T> src_;
     Plane<T> dst_;
@@ -65,6 +66,7 @@ private:
     ExtremeWindow window_;
     MinMaxRowKernel<T>* row_;
     MinMaxColumnKernel<T>* column_;
+    MinMaxSquareKernel* square_;  // if that is how to run the filter
     RowRing<T> lines_;
     int next_ = 0;
 };

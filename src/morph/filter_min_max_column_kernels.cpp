@@ -17,13 +17,13 @@ HWY_INLINE void togetherAt(D d, size_t x, T* const* pLines, const Plane<T>& dst,
     hn::Vec<D> upper[kRows];
     upper[kRows - 1] = line(kRows - 1);
     for (size_t i = kRows; i < h; ++i) upper[kRows - 1] = choose(upper[kRows - 1], line(i));
-#pragma GCC unroll 8
+#pragma GCC unroll 16
     for (size_t i = 1; i < kRows; ++i) upper[kRows - 1 - i] = choose(line(kRows - 1 - i), upper[kRows - i]);
     hn::StoreU(upper[0], d, dst.row(0) + x);
     if constexpr (kRows > 1) {
         auto lower = line(h);
         hn::StoreU(choose(upper[1], lower), d, dst.row(1) + x);
-#pragma GCC unroll 8
+#pragma GCC unroll 16
         for (size_t i = 2; i < kRows; ++i) {
             lower = choose(lower, line(h + i - 1));
             hn::StoreU(choose(upper[i], lower), d, dst.row(int(i)) + x);
@@ -67,6 +67,8 @@ template <class Choose, class T>
 void columns(T* const* pLines, const Plane<T>& dst, QelSize size, int windowHeight) {
     if (windowHeight > kMinMaxTallest) return vanHerk<Choose>(pLines, dst, size, windowHeight);
     switch (size.height) {
+        case 16:
+            return together<16, Choose>(pLines, dst, size, windowHeight);
         case 8:
             return together<8, Choose>(pLines, dst, size, windowHeight);
         case 4:

@@ -59,17 +59,17 @@ extern const MinMaxColumn<Qel32f> ownFilterMinColumn03_32f_C1R;
 extern const MinMaxColumn<Qel32f> ownFilterMinColumn05_32f_C1R;
 extern const MinMaxColumn<Qel32f> ownFilterMinColumnVH_32f_C1R;
 
-// Rows of the result that are made together, from the lines that all their windows share. Where they would share few,
-// or the running extremes of so many rows would not fit the registers, the rows are as many as the window is high, and
-// two scans of lines meet in each of them (van Herk).
-constexpr int kMinMaxMostTogether = 8;
-constexpr int kMinMaxTallest = 20;  // window whose lines are shared
+// Rows of the result that are made together, from the lines that all their windows share. Where the lines of a window
+// are too many for that, the rows are as many as the window is high, and two scans of lines meet in each of them (van
+// Herk).
+constexpr int kMinMaxTallest = 40;  // window whose lines are shared
 
 constexpr int minMaxBlock(int windowHeight) {
     return windowHeight == 1                ? 1
            : windowHeight <= 4              ? 2
            : windowHeight <= 8              ? 4
-           : windowHeight <= kMinMaxTallest ? kMinMaxMostTogether
+           : windowHeight <= 20             ? 8
+           : windowHeight <= kMinMaxTallest ? 16
                                             : windowHeight;
 }
 
@@ -80,6 +80,27 @@ constexpr int minMaxPart(int windowHeight, int rows) {
     while (block > rows) block /= 2;
     return block;
 }
+
+// Four rows of the extremes of squares of 3 or 5 pixels, in one step: from 3 rows more than the square is
+// high, each of at least kMinMaxSquareBytes bytes. Rows may stand several times.
+using MinMaxSquareKernel = void(const Qel8u* const* pRows, Qel8u* const* pDstRows, int width, int anchor);
+using MinMaxSquare = Kernel<MinMaxSquareKernel>;
+constexpr int kMinMaxSquareRows = 4;
+constexpr int kMinMaxSquareBytes = 64;
+constexpr int kMinMaxSquareLargest = 5;
+
+extern const MinMaxSquare ownFilterMaxSquare03_8u_C1R;
+extern const MinMaxSquare ownFilterMaxSquare03_8u_C3R;
+extern const MinMaxSquare ownFilterMaxSquare03_8u_C4R;
+extern const MinMaxSquare ownFilterMaxSquare05_8u_C1R;
+extern const MinMaxSquare ownFilterMaxSquare05_8u_C3R;
+extern const MinMaxSquare ownFilterMaxSquare05_8u_C4R;
+extern const MinMaxSquare ownFilterMinSquare03_8u_C1R;
+extern const MinMaxSquare ownFilterMinSquare03_8u_C3R;
+extern const MinMaxSquare ownFilterMinSquare03_8u_C4R;
+extern const MinMaxSquare ownFilterMinSquare05_8u_C1R;
+extern const MinMaxSquare ownFilterMinSquare05_8u_C3R;
+extern const MinMaxSquare ownFilterMinSquare05_8u_C4R;
 
 }  // namespace qel
 

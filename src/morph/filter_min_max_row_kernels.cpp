@@ -113,7 +113,7 @@ void narrowWindows(const Line<T>& line, T* pDstLine, int w, int anchor) {
     const size_t bytes = size_t(line.width) * kPixel;
     const size_t behind = size_t(w - 1 - anchor) * kPixel;
     SlideAlong<T>* const slide = slideOf<Choose, T, kPixel>(w);
-    if (slide == nullptr || bytes < shortestLine(behind)) return windowsInMemory<Choose>(line, pDstLine, w, anchor);
+    if (slide == nullptr || bytes < kVector) return windowsInMemory<Choose>(line, pDstLine, w, anchor);
     slide(reinterpret_cast<const uint8_t*>(line.p), reinterpret_cast<uint8_t*>(pDstLine), bytes, size_t(w), behind);
 }
 

@@ -1,7 +1,5 @@
 // Windows that slide along a line in registers: the samples ahead of a vector's come out of the vector before it, so
 // that each is loaded once. Included once per instruction set.
-#include <cstring>
-
 #include "morph/filter_min_max-inl.h"
 
 #if defined(QELCV_MORPH_FILTER_MIN_MAX_SLIDE_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -135,8 +133,6 @@ private:
 template <class Choose, int kPixel, int kDoublings, class V>
 class SlideDoubled {
 public:
-    static constexpr int kReach = kPixel << (kDoublings - 1);  // bytes of the last doubling
-
     SlideDoubled(V before, size_t w) : last_((w - (size_t{1} << kDoublings)) * kPixel), lastPrev_(before) {
         for (V& v : prev_) v = before;
     }
@@ -183,47 +179,53 @@ HWY_INLINE BytesV repeated(const uint8_t* pBlock, int offset, size_t position) {
                                 hn::Add(hn::LoadU(d, kPeriod.at + position % kPixel), hn::Set(d, uint8_t(offset))));
 }
 
-// Lines of at least this many bytes can be slid along, in windows that reach so many bytes.
-constexpr size_t kMostReach = 4 * kVector;
-HWY_INLINE size_t shortestLine(size_t behind) { return behind + kVector + kBlock; }
+// A line of at least a vector, with the pixels at its ends repeated beyond them.
+template <int kPixel>
+struct ExtendedLine {
+    const uint8_t* p;
+    ptrdiff_t bytes;
 
-// Slides a window of w pixels along `bytes` bytes of pixels of kPixel bytes, `behind` bytes of it behind the result.
+    HWY_INLINE BytesV at(ptrdiff_t x) const {
+        const Bytes d;
+        if (x >= 0 && x + kVector <= bytes) return hn::LoadU(d, p + x);
+        if (x < 0) {
+            if (x <= -kVector) return repeated<kPixel>(p, 0, size_t(kPixel + x % kPixel));
+            return Distance(size_t(-x)).before(hn::LoadU(d, p), repeated<kPixel>(p, 0, kPixel - kVector % kPixel));
+        }
+        const uint8_t* const block = p + bytes - kBlock;
+        if (x >= bytes) return repeated<kPixel>(block, kBlock - kPixel, size_t(x - bytes));
+        return Distance(size_t(bytes - x))
+            .before(repeated<kPixel>(block, kBlock - kPixel, 0), hn::LoadU(d, p + bytes - kVector));
+    }
+};
+
+// Slides a window of w pixels along the line, `behind` bytes of it behind the result.
 template <class Slide, class T, int kPixel>
-void slideAlong(const uint8_t* p, uint8_t* out, size_t bytes, size_t w, size_t behind) {
+void slideAlong(const uint8_t* p, uint8_t* out, size_t lineBytes, size_t w, size_t lineBehind) {
     const Bytes d;
     const hn::ScalableTag<T> dt;
-    const auto load = [=](const uint8_t* at) HWY_ATTR { return hn::BitCast(dt, hn::LoadU(d, at)); };
-    const size_t reach = (w - 1) * kPixel;
-    const size_t ahead = (reach + kVector - 1) / kVector * kVector;  // whole vectors to start from
-
-    // The pixel at the start of the line, and as much of the line as is behind the first result.
-    HWY_ALIGN uint8_t start[2 * kMostReach + kVector];
-    for (size_t x = 0; x < ahead; x += kVector)
-        hn::StoreU(repeated<kPixel>(p, 0, kPixel - (ahead - x) % kPixel), d, start + x);
-    for (size_t x = 0; x < behind; x += kVector) hn::StoreU(hn::LoadU(d, p + x), d, start + ahead + x);
+    const ExtendedLine<kPixel> line = {p, ptrdiff_t(lineBytes)};
+    const ptrdiff_t bytes = line.bytes;
+    const ptrdiff_t behind = ptrdiff_t(lineBehind);
+    const ptrdiff_t reach = ptrdiff_t(w - 1) * kPixel;
 
     Slide slide(hn::Zero(dt), w);
-    for (size_t x = behind; x < behind + ahead; x += kVector) slide.next(load(start + x));
-    size_t x = 0;
-    for (; x + behind + kVector <= bytes; x += kVector)
-        hn::StoreU(hn::BitCast(d, slide.next(load(p + x + behind))), d, out + x);
-
-    // The end of the line, and the pixel there.
-    HWY_ALIGN uint8_t end[kMostReach + 3 * kVector];
-    hn::StoreU(hn::LoadU(d, p + bytes - kVector), d, end);
-    for (size_t i = 0; i < behind + kVector; i += kVector)
-        hn::StoreU(repeated<kPixel>(p + bytes - kBlock, kBlock - kPixel, i), d, end + kVector + i);
-    const uint8_t* const tail = end + kVector + behind - bytes;
-    BytesV last = x == 0 ? hn::Zero(d) : hn::LoadU(d, out + x - kVector);
+    const auto next = [&slide, dt, d](BytesV v)
+                          QEL_INLINE_LAMBDA { return hn::BitCast(d, slide.next(hn::BitCast(dt, v))); };
+    for (ptrdiff_t x = -((reach + kVector - 1) / kVector) * kVector; x < 0; x += kVector) next(line.at(x + behind));
+    ptrdiff_t x = 0;
+    BytesV last = hn::Zero(d);
+    for (; x + behind + kVector <= bytes; x += kVector) {
+        last = next(hn::LoadU(d, p + x + behind));
+        hn::StoreU(last, d, out + x);
+    }
     for (; x + kVector <= bytes; x += kVector) {
-        last = hn::BitCast(d, slide.next(load(tail + x)));
+        last = next(line.at(x + behind));
         hn::StoreU(last, d, out + x);
     }
     if (x == bytes) return;
     // The last vector overlaps the one before.
-    hn::StoreU(last, d, start);
-    hn::StoreU(hn::BitCast(d, slide.next(load(tail + x))), d, start + kVector);
-    hn::StoreU(hn::LoadU(d, start + bytes - x), d, out + bytes - kVector);
+    hn::StoreU(Distance(size_t(x + kVector - bytes)).before(next(line.at(x + behind)), last), d, out + bytes - kVector);
 }
 
 }  // namespace HWY_NAMESPACE
