@@ -257,6 +257,222 @@ QEL_API qelStatus qeliTiltedRectStdDev_32s_C1RSfs(const Qel32s* pSrc, int srcSte
                                                   int scaleFactor);
 /** @} */
 
+/**
+ * One stage of a cascade: classifiers of rectangles, weights and thresholds. The caller owns it. The calls that use it
+ * do not change it, except qeliTiltHaarFeatures, so any number of threads may apply the same stage at once.
+ */
+typedef struct QelHaarClassifierState QelHaarClassifierState;
+
+/**
+ * @name Stages of a Haar cascade
+ *
+ * A classifier compares the weighted sum of its rectangles with a threshold and gives one of two values; a stage adds
+ * them up. The rectangles of all classifiers lie one behind the other in `pFeature`, those of classifier i being the
+ * next `pNum[i]`, placed relative to the window's first pixel.
+ *
+ * Upright: a rectangle covers the columns x to x + width - 1 and the rows y to y + height - 1. Stages order their
+ * classifiers: those of 2 rectangles first, then those of 3, then all others, each in the caller's order. That is the
+ * order in which values are added.
+ *
+ * Tilted: a rectangle stands on its corner, with its top corner at x, y, a side of `width` down to the right and one of
+ * `height` down to the left, for a tilted table. The caller's order is kept.
+ *
+ * @param pState      receives the stage, to be released by qeliHaarClassifierFree of the same type
+ * @param pFeature    all rectangles
+ * @param pWeight     a weight for each rectangle
+ * @param pThreshold  a threshold for each classifier, multiplied by the normaliser before the comparison
+ * @param pVal1       what a classifier gives where its sum is below the threshold
+ * @param pVal2       what it gives otherwise
+ * @param pNum        rectangles of each classifier, at least 1
+ * @param length      number of classifiers; with 0 the arrays are not read
+ *
+ * @retval qelStatusOk           *pState is a stage
+ * @retval qelStatusNullPointer  a pointer is null
+ * @retval qelStatusBadSize      length below 0, or an element of pNum below 1
+ * @retval qelStatusNoMemory     there is no memory for the stage
+ * @retval qelStatusBadArg       a rectangle has x or y below 0, or width or height below 1; tilted: also x + 1 below
+ * its height. Upright 32f tests this before it allocates, the others afterwards
+ *
+ * Tested in the order given. On an error *pState is left as it was; tilted forms set it to null where a rectangle is
+ * refused.
+ */
+/** @{ */
+QEL_API qelStatus qeliHaarClassifierInitAlloc_32f(QelHaarClassifierState** pState, const QelRect* pFeature,
+                                                  const Qel32f* pWeight, const Qel32f* pThreshold, const Qel32f* pVal1,
+                                                  const Qel32f* pVal2, const int* pNum, int length);
+QEL_API qelStatus qeliHaarClassifierInitAlloc_32s(QelHaarClassifierState** pState, const QelRect* pFeature,
+                                                  const Qel32s* pWeight, const Qel32s* pThreshold, const Qel32s* pVal1,
+                                                  const Qel32s* pVal2, const int* pNum, int length);
+QEL_API qelStatus qeliTiltedHaarClassifierInitAlloc_32f(QelHaarClassifierState** pState, const QelRect* pFeature,
+                                                        const Qel32f* pWeight, const Qel32f* pThreshold,
+                                                        const Qel32f* pVal1, const Qel32f* pVal2, const int* pNum,
+                                                        int length);
+QEL_API qelStatus qeliTiltedHaarClassifierInitAlloc_32s(QelHaarClassifierState** pState, const QelRect* pFeature,
+                                                        const Qel32s* pWeight, const Qel32s* pThreshold,
+                                                        const Qel32s* pVal1, const Qel32s* pVal2, const int* pNum,
+                                                        int length);
+/** @} */
+
+/**
+ * @name Release of a stage
+ *
+ * @param pState  a stage that qeliHaarClassifierInitAlloc or its tilted form made; it is not valid afterwards
+ *
+ * @retval qelStatusOk           the stage is released
+ * @retval qelStatusNullPointer  pState is null
+ */
+/** @{ */
+QEL_API qelStatus qeliHaarClassifierFree_32f(QelHaarClassifierState* pState);
+QEL_API qelStatus qeliHaarClassifierFree_32s(QelHaarClassifierState* pState);
+/** @} */
+
+/**
+ * @name Size of a stage's window
+ *
+ * Width is the largest x + width of its rectangles, height the largest y + height: how far right and down of a pixel
+ * the tables are read. For tilted rectangles they are those of the right and the bottom corner.
+ *
+ * @param pState  a stage
+ * @param pSize   receives the size; 0 by 0 of a stage without classifiers
+ *
+ * @retval qelStatusOk           *pSize is written
+ * @retval qelStatusNullPointer  a pointer is null
+ */
+/** @{ */
+QEL_API qelStatus qeliGetHaarClassifierSize_32f(const QelHaarClassifierState* pState, QelSize* pSize);
+QEL_API qelStatus qeliGetHaarClassifierSize_32s(const QelHaarClassifierState* pState, QelSize* pSize);
+/** @} */
+
+/**
+ * @name Tilting of classifiers of an upright stage
+ *
+ * The rectangles of the classifiers that are chosen turn by 45 degrees. Their order in the stage, and so that of the
+ * sums, stays. A stage is tilted once.
+ *
+ * @param pMask   a byte for each classifier, in the order in which the stage was built; those not zero are tilted. All
+ *                zero leaves the stage as it is
+ * @param flag    not zero: the rectangle's corner x, y becomes the top corner. Zero: its lower left corner x,
+ *                y + height becomes the bottom corner
+ * @param pState  an upright stage
+ *
+ * @retval qelStatusOk           the stage is tilted as the mask says
+ * @retval qelStatusNullPointer  a pointer is null
+ * @retval qelStatusBadArg       the stage has been tilted before, or built as a tilted one
+ *
+ * Tested in this order.
+ */
+/** @{ */
+QEL_API qelStatus qeliTiltHaarFeatures_32f(const Qel8u* pMask, int flag, QelHaarClassifierState* pState);
+QEL_API qelStatus qeliTiltHaarFeatures_32s(const Qel8u* pMask, int flag, QelHaarClassifierState* pState);
+/** @} */
+
+/**
+ * @name A stage of a cascade at every window that is still possible
+ *
+ * A pixel of the region is the first pixel of a window, and takes part where its mask byte is not zero. At each, a
+ * classifier's sum f is that of T(x+w, y+h) - T(x, y+h) - T(x+w, y) + T(x, y) times the weight over its rectangles,
+ * read from the table at the pixel. If f is below the classifier's threshold times the pixel's normaliser, the stage
+ * sum grows by the classifier's first value, otherwise by the second. A pixel whose stage sum is below `threshold` is
+ * cleared in the mask. A cascade is one call after the other over the same mask.
+ *
+ * 32f: single precision, each operation rounded, in the order given, rectangles and classifiers in the order of the
+ * stage. 32s32f: rectangles are summed in integers that wrap, then rounded to single precision. 32s: all integers that
+ * wrap; `scaleFactor` has no effect.
+ *
+ * 32f expects in *pPositive how many pixels of the mask are set. It only steers the way of working, with these effects:
+ * 0 leaves the mask as it is. If every classifier of the stage has a first weight in (-2, -1], the first rectangles of
+ * classifiers of 2 and of 3 count with a weight of exactly -1. With fewer than 4 pixels of the region for each expected
+ * one, in the whole groups of 8 pixels from a row's start, a pixel that passes keeps only bit 0 of its mask byte, and
+ * counts as that bit; the same holds with 4 to 7 pixels and those first weights in groups of 4. Masks of 0 and 1 behave
+ * the same everywhere. A sum that is a NaN counts as below, for a classifier and for the stage. In the other forms a
+ * passing pixel keeps its byte, and a NaN counts as not below.
+ *
+ * @param pSrc       the table's element of the region's first pixel
+ * @param srcStep    bytes from one of its rows to the next: at least 4 times the width, and a multiple of 4
+ * @param pNorm      the normaliser of each pixel, as qeliRectStdDev gives it
+ * @param normStep   bytes from one of its rows to the next: at least 4 times the width, and a multiple of 4
+ * @param pMask      a byte for each pixel
+ * @param maskStep   bytes from one of its rows to the next: at least the width
+ * @param roiSize    region of windows, at least 1 by 1. The table must hold what the stage reads at all set pixels, and
+ *                   at those beside them in the region
+ * @param pPositive  receives the number of pixels that stay set; 32f: holds what to expect
+ * @param threshold  what a stage sum must reach
+ * @param pState     a stage; 32f and 32s32f: of type 32f
+ * @param scaleFactor  not read
+ *
+ * @retval qelStatusOk                      the mask and *pPositive are written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  srcStep or normStep is not a multiple of 4
+ * @retval qelStatusNoMemory                there is no memory to work with
+ *
+ * Tested in this order; on an error nothing is written. The work is done on the calling thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliApplyHaarClassifier_32f_C1R(const Qel32f* pSrc, int srcStep, const Qel32f* pNorm, int normStep,
+                                                  Qel8u* pMask, int maskStep, QelSize roiSize, int* pPositive,
+                                                  Qel32f threshold, const QelHaarClassifierState* pState);
+QEL_API qelStatus qeliApplyHaarClassifier_32s32f_C1R(const Qel32s* pSrc, int srcStep, const Qel32f* pNorm, int normStep,
+                                                     Qel8u* pMask, int maskStep, QelSize roiSize, int* pPositive,
+                                                     Qel32f threshold, const QelHaarClassifierState* pState);
+QEL_API qelStatus qeliApplyHaarClassifier_32s_C1RSfs(const Qel32s* pSrc, int srcStep, const Qel32s* pNorm, int normStep,
+                                                     Qel8u* pMask, int maskStep, QelSize roiSize, int* pPositive,
+                                                     Qel32s threshold, const QelHaarClassifierState* pState,
+                                                     int scaleFactor);
+/** @} */
+
+/**
+ * @name A stage with upright and tilted classifiers at every window that is still possible
+ *
+ * As qeliApplyHaarClassifier, except that tilted classifiers read the tilted table, one row and one column further on
+ * than the pixel. A passing pixel keeps its mask byte, *pPositive is only written, weights count as they are, and a NaN
+ * counts as not below.
+ *
+ * 32s sums the weighted rectangles, of 32 bits each, in 64 bits, shifts that left by -scaleFactor and compares it with
+ * the full product of threshold and normaliser.
+ *
+ * @param pSrc       the upright table's element of the region's first pixel
+ * @param srcStep    bytes from one of its rows to the next: at least 4 times the width, and a multiple of 4
+ * @param pTilt      the tilted table's element of that pixel
+ * @param tiltStep   bytes from one of its rows to the next: at least 4 times the width, and a multiple of 4
+ * @param pNorm      the normaliser of each pixel
+ * @param normStep   bytes from one of its rows to the next: at least 4 times the width, and a multiple of 4
+ * @param pMask      a byte for each pixel
+ * @param maskStep   bytes from one of its rows to the next: at least the width
+ * @param roiSize    region of windows, at least 1 by 1. The tables must hold what the stage reads at all set pixels,
+ * and at those beside them in the region
+ * @param pPositive  receives the number of pixels that stay set
+ * @param threshold  what a stage sum must reach
+ * @param pState     a stage; 32f and 32s32f: of type 32f
+ * @param scaleFactor  0 or less: by how many bits sums are shifted left; 64 or more leave 0
+ *
+ * @retval qelStatusOk                      the mask and *pPositive are written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  srcStep, tiltStep or normStep is not a multiple of 4
+ * @retval qelStatusBadArg                  32s: scaleFactor above 0
+ * @retval qelStatusNoMemory                there is no memory to work with
+ *
+ * Tested in this order; on an error nothing is written. The work is done on the calling thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliApplyMixedHaarClassifier_32f_C1R(const Qel32f* pSrc, int srcStep, const Qel32f* pTilt,
+                                                       int tiltStep, const Qel32f* pNorm, int normStep, Qel8u* pMask,
+                                                       int maskStep, QelSize roiSize, int* pPositive, Qel32f threshold,
+                                                       const QelHaarClassifierState* pState);
+QEL_API qelStatus qeliApplyMixedHaarClassifier_32s32f_C1R(const Qel32s* pSrc, int srcStep, const Qel32s* pTilt,
+                                                          int tiltStep, const Qel32f* pNorm, int normStep, Qel8u* pMask,
+                                                          int maskStep, QelSize roiSize, int* pPositive,
+                                                          Qel32f threshold, const QelHaarClassifierState* pState);
+QEL_API qelStatus qeliApplyMixedHaarClassifier_32s_C1RSfs(const Qel32s* pSrc, int srcStep, const Qel32s* pTilt,
+                                                          int tiltStep, const Qel32s* pNorm, int normStep, Qel8u* pMask,
+                                                          int maskStep, QelSize roiSize, int* pPositive,
+                                                          Qel32s threshold, const QelHaarClassifierState* pState,
+                                                          int scaleFactor);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif
