@@ -46,7 +46,7 @@ Timing gray8u(Section& section, bool dilate, const Image<Qel8u>& image, Image<Qe
         throw std::runtime_error("qeliMorphGrayInitAlloc_8u_C1R");
     const auto function = dilate ? qeliGrayDilateBorder_8u_C1R : qeliGrayErodeBorder_8u_C1R;
     const char* const name = dilate ? "qeliGrayDilateBorder_8u_C1R" : "qeliGrayErodeBorder_8u_C1R";
-    const Timing timing = section.time(name, image.size(), [&] {
+    Timing timing = section.time(name, image.size(), [&] {
         return function(image.data(), image.step(), out.data(), out.step(), image.size(), qelBorderRepl, state);
     });
     qeliMorphGrayFree_8u_C1R(state);
@@ -122,7 +122,7 @@ void floats(Section& section) {
         QelMorphGrayState* state = nullptr;
         if (qeliMorphGrayInitAlloc_32f_C1R(&state, image.size(), e.values.data(), e.size(), e.anchor()) != qelStatusOk)
             throw std::runtime_error("qeliMorphGrayInitAlloc_32f_C1R");
-        const Timing timing = section.time(name, image.size(), [&] {
+        Timing timing = section.time(name, image.size(), [&] {
             return function(image.data(), image.step(), out.data(), out.step(), image.size(), qelBorderRepl, state);
         });
         qeliMorphGrayFree_32f_C1R(state);
