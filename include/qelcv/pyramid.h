@@ -272,6 +272,219 @@ QEL_API qelStatus qeliSampleLine_32f_C3R(const Qel32f* pSrc, int srcStep, QelSiz
                                          QelPoint pt2);
 /** @} */
 
+/**
+ * @name Undoing the distortion of a lens: one image
+ *
+ * Pixel (x, y) of the result is the source at (xs, ys), where a lens with the radial coefficients k1 and k2 put it:
+ *
+ *     X = x - cx    Y = y - cy    rx = X^2 / fx^2    ry = Y^2 / fy^2    t = k1 (rx + ry) + k2 (rx + ry)^2
+ *     xs = X t + x    ys = Y t + y
+ *
+ * All of it in single precision and in this order: ry = ((1 / (fy fy)) Y) Y, A = (k2 ry + k1) ry, B = (2 k2) ry,
+ * rx = ((1 / (fx fx)) X) X, t = (k2 rx + k1) rx + (B rx + A). With the whole parts i, j and the fractions a, b of xs
+ * and ys, the weights (1 - b)(1 - a), (1 - b) a, b (1 - a), b a, and s the source:
+ *
+ *     result = (s[i+1, j] w01 + s[i+1, j+1] w11) + (s[i, j] w00 + s[i, j+1] w10)
+ *
+ * 8u and 16u add 0.5 and truncate. A pixel whose (xs, ys) does not lie in 0 <= xs < width - 1, 0 <= ys < height - 1 is
+ * not written.
+ *
+ * @param pSrc      first sample of the source region; C3: three interleaved channels
+ * @param srcStep, dstStep  bytes from one row to the next: at least a row's bytes and a multiple of the sample size;
+ *                  bytes between rows are neither read nor written
+ * @param pDst      first sample of the result, of the same size, apart from the source
+ * @param roiSize   region in pixels, at least 1 by 1
+ * @param fx, fy    focal lengths in pixels, not 0
+ * @param cx, cy    the principal point, in pixels of the region
+ * @param k1, k2    radial coefficients
+ * @param pBuffer   null or qeliUndistortGetSize bytes; makes no difference
+ *
+ * @retval qelStatusOk                      the region is written, where there is something to write
+ * @retval qelStatusNullPointer             pSrc or pDst is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  16u, 32f: a step is not a multiple of the sample size
+ * @retval qelStatusBadArg                  fx or fy is 0, of either sign
+ *
+ * Tested in this order; on an error nothing is written. Runs on the caller's thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliUndistortRadial_8u_C1R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep, QelSize roiSize,
+                                             Qel32f fx, Qel32f fy, Qel32f cx, Qel32f cy, Qel32f k1, Qel32f k2,
+                                             Qel8u* pBuffer);
+QEL_API qelStatus qeliUndistortRadial_8u_C3R(const Qel8u* pSrc, int srcStep, Qel8u* pDst, int dstStep, QelSize roiSize,
+                                             Qel32f fx, Qel32f fy, Qel32f cx, Qel32f cy, Qel32f k1, Qel32f k2,
+                                             Qel8u* pBuffer);
+QEL_API qelStatus qeliUndistortRadial_16u_C1R(const Qel16u* pSrc, int srcStep, Qel16u* pDst, int dstStep,
+                                              QelSize roiSize, Qel32f fx, Qel32f fy, Qel32f cx, Qel32f cy, Qel32f k1,
+                                              Qel32f k2, Qel8u* pBuffer);
+QEL_API qelStatus qeliUndistortRadial_16u_C3R(const Qel16u* pSrc, int srcStep, Qel16u* pDst, int dstStep,
+                                              QelSize roiSize, Qel32f fx, Qel32f fy, Qel32f cx, Qel32f cy, Qel32f k1,
+                                              Qel32f k2, Qel8u* pBuffer);
+QEL_API qelStatus qeliUndistortRadial_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                              QelSize roiSize, Qel32f fx, Qel32f fy, Qel32f cx, Qel32f cy, Qel32f k1,
+                                              Qel32f k2, Qel8u* pBuffer);
+QEL_API qelStatus qeliUndistortRadial_32f_C3R(const Qel32f* pSrc, int srcStep, Qel32f* pDst, int dstStep,
+                                              QelSize roiSize, Qel32f fx, Qel32f fy, Qel32f cx, Qel32f cy, Qel32f k1,
+                                              Qel32f k2, Qel8u* pBuffer);
+/** @} */
+
+/**
+ * @name Undoing the distortion of a lens: maps for any image
+ *
+ * pxMap[x, y] and pyMap[x, y] are where pixel (x, y) lies in the distorted image, whether inside of it or not. In
+ * single precision and in this order, with X = x - cx and Y = y - cy:
+ * - p1 or p2 not 0: u = X (1 / fx), v = Y (1 / fy), r2 = u u + v v, t = (k2 r2 + k1) r2 + (2 p2) u + (2 p1) v,
+ *   pxMap = t X + ((fx p2) r2 + x), pyMap = t Y + ((fy p1) r2 + y)
+ * - else: rx = (X X) (1 / (fx fx)), ry = (Y Y) (1 / (fy fy)),
+ *   t = ((2 k2) ry) rx + ((k2 rx + k1) rx + (k2 ry + k1) ry), pxMap = X t + x, pyMap = Y t + y
+ *
+ * @param pxMap, pyMap  first sample of each map
+ * @param xStep, yStep  bytes from one row of a map to the next: at least a row's bytes and a multiple of 4; bytes
+ *                  between rows are not written
+ * @param roiSize   size of the maps in pixels, at least 1 by 1
+ * @param fx, fy    focal lengths in pixels, not 0
+ * @param cx, cy    the principal point, in pixels
+ * @param k1, k2    radial coefficients
+ * @param p1, p2    tangential coefficients
+ * @param pBuffer   null or qeliUndistortGetSize bytes; makes no difference
+ *
+ * @retval qelStatusOk                      the maps are written
+ * @retval qelStatusNullPointer             pxMap or pyMap is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than a row
+ * @retval qelStatusStepNotElementMultiple  a step is not a multiple of 4
+ * @retval qelStatusBadArg                  fx or fy is 0, of either sign
+ *
+ * Tested in this order; on an error nothing is written. From 0x20000 pixels on, maps whose addresses and steps are
+ * multiples of 16 bypass the cache. Runs on the caller's thread.
+ */
+QEL_API qelStatus qeliCreateMapCameraUndistort_32f_C1R(Qel32f* pxMap, int xStep, Qel32f* pyMap, int yStep,
+                                                       QelSize roiSize, Qel32f fx, Qel32f fy, Qel32f cx, Qel32f cy,
+                                                       Qel32f k1, Qel32f k2, Qel32f p1, Qel32f p2, Qel8u* pBuffer);
+
+/**
+ * The bytes of the optional buffer above: 24 for each column, their number rounded up to a multiple of 4, and 32 more.
+ *
+ * @param roiSize      region in pixels, at least 1 by 1
+ * @param pBufferSize  receives the bytes
+ *
+ * @retval qelStatusOk           *pBufferSize is written
+ * @retval qelStatusNullPointer  pBufferSize is null
+ * @retval qelStatusBadSize      width or height below 1
+ * @retval qelStatusOverflow     the bytes do not fit in an int
+ */
+QEL_API qelStatus qeliUndistortGetSize(QelSize roiSize, int* pBufferSize);
+
+/** The tables of point-spread functions of a super-resolution solver. Calls only read it. */
+typedef struct QelSRHNState {
+    Qel32f* pCoeffs; /**< entries of 4 taps, or of 12: three rows of three taps and a zero */
+} QelSRHNState;
+
+/**
+ * @name Super-resolution: the table of point-spread functions
+ *
+ * A sample of low resolution is modelled as a weighted sum of 2 by 2 or 3 by 3 pixels of high resolution. Which weights
+ * depends on where the sample lies between those pixels; the table holds a set of them for each case.
+ *
+ * @param ppState    receives the state, allocated by qelMalloc, which the caller releases with the Free function of the
+ *                   same size; it may be shared between threads
+ * @param pCoeffs    the table: 4 or 9 taps an entry, row by row, without gaps; copied
+ * @param tableSize  number of entries, at least 1
+ * @param pState     a state of InitAlloc, gone after the call
+ *
+ * @retval qelStatusOk           *ppState is written; the state is released
+ * @retval qelStatusNullPointer  a pointer is null
+ * @retval qelStatusBadSize      tableSize below 1
+ * @retval qelStatusNoMemory     an allocation failed, or the table is beyond the range of an int; nothing is left
+ * behind
+ *
+ * Tested in this order; on an error nothing is written.
+ */
+/** @{ */
+QEL_API qelStatus qeliSRHNInitAlloc_PSF2x2(QelSRHNState** ppState, const Qel32f* pCoeffs, int tableSize);
+QEL_API qelStatus qeliSRHNInitAlloc_PSF3x3(QelSRHNState** ppState, const Qel32f* pCoeffs, int tableSize);
+QEL_API qelStatus qeliSRHNFree_PSF2x2(QelSRHNState* pState);
+QEL_API qelStatus qeliSRHNFree_PSF3x3(QelSRHNState* pState);
+/** @} */
+
+/**
+ * @name Super-resolution: how far the model is from what was observed
+ *
+ * For each sample i, with p = pHR + pOffsets[i], R the step in elements and c entry pCoeffIdx[i] of the table, in
+ * single precision and from left to right:
+ *
+ *     PSF2x2: pResidual[i] = p[0] c00 - pLR[i] + p[1] c01 + p[R] c10 + p[R+1] c11
+ *     PSF3x3: pResidual[i] = p[0] c00 - pLR[i] + p[1] c01 + p[2] c02 + p[R] c10 + ... + p[2R+2] c22
+ *
+ * Nothing but the taps is read.
+ *
+ * @param pHR        the image of high resolution
+ * @param hrStep     bytes from one of its rows to the next: a multiple of 4, at least 8 for PSF2x2, 12 for PSF3x3
+ * @param pLR        the observed samples, one behind the other
+ * @param pOffsets   where the first tap of each sample lies, in elements from pHR
+ * @param pCoeffIdx  entry of the table for each sample; not tested
+ * @param pResidual  receives the residuals
+ * @param len        number of samples, at least 1
+ * @param pState     the table, of the same size of taps
+ *
+ * @retval qelStatusOk           the residuals are written
+ * @retval qelStatusNullPointer  a pointer is null
+ * @retval qelStatusBadSize      len below 1
+ * @retval qelStatusBadStep      the step is too small or not a multiple of 4
+ *
+ * Tested in this order; on an error nothing is written. Runs on the caller's thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliSRHNCalcResidual_PSF2x2_8u32f_C1R(const Qel32f* pHR, int hrStep, const Qel8u* pLR,
+                                                        const unsigned int* pOffsets, const Qel16u* pCoeffIdx,
+                                                        Qel32f* pResidual, int len, const QelSRHNState* pState);
+QEL_API qelStatus qeliSRHNCalcResidual_PSF2x2_16u32f_C1R(const Qel32f* pHR, int hrStep, const Qel16u* pLR,
+                                                         const unsigned int* pOffsets, const Qel16u* pCoeffIdx,
+                                                         Qel32f* pResidual, int len, const QelSRHNState* pState);
+QEL_API qelStatus qeliSRHNCalcResidual_PSF3x3_8u32f_C1R(const Qel32f* pHR, int hrStep, const Qel8u* pLR,
+                                                        const unsigned int* pOffsets, const Qel16u* pCoeffIdx,
+                                                        Qel32f* pResidual, int len, const QelSRHNState* pState);
+QEL_API qelStatus qeliSRHNCalcResidual_PSF3x3_16u32f_C1R(const Qel32f* pHR, int hrStep, const Qel16u* pLR,
+                                                         const unsigned int* pOffsets, const Qel16u* pCoeffIdx,
+                                                         Qel32f* pResidual, int len, const QelSRHNState* pState);
+/** @} */
+
+/**
+ * @name Super-resolution: residuals back to the pixels that made them
+ *
+ * For each sample i in order, with g = pGrad + pOffsets[i], c entry pCoeffIdx[i] of the table and
+ * w = pWeights[pWeightIdx[i]] * pResidual[i]: each tap becomes g[k] = c[k] * w + g[k], in single precision. Samples may
+ * share pixels; a later one adds to what an earlier one left. Nothing but the taps is read and written.
+ *
+ * @param pGrad       the gradient image, read and written
+ * @param gradStep    bytes from one of its rows to the next: a multiple of 4, at least 8 for PSF2x2, 12 for PSF3x3
+ * @param pOffsets    where the first tap of each sample lies, in elements from pGrad
+ * @param pCoeffIdx   entry of the table for each sample; not tested
+ * @param pResidual   the residuals
+ * @param pWeightIdx  element of pWeights for each sample
+ * @param len         number of samples, at least 1
+ * @param pWeights    weights of samples
+ * @param pState      the table, of the same size of taps
+ *
+ * @retval qelStatusOk           the gradient is updated
+ * @retval qelStatusNullPointer  a pointer is null
+ * @retval qelStatusBadSize      len below 1
+ * @retval qelStatusBadStep      the step is too small or not a multiple of 4
+ *
+ * Tested in this order; on an error nothing is written. Runs on the caller's thread.
+ */
+/** @{ */
+QEL_API qelStatus qeliSRHNUpdateGradient_PSF2x2_32f_C1R(Qel32f* pGrad, int gradStep, const unsigned int* pOffsets,
+                                                        const Qel16u* pCoeffIdx, const Qel32f* pResidual,
+                                                        const Qel8u* pWeightIdx, int len, const Qel32f* pWeights,
+                                                        const QelSRHNState* pState);
+QEL_API qelStatus qeliSRHNUpdateGradient_PSF3x3_32f_C1R(Qel32f* pGrad, int gradStep, const unsigned int* pOffsets,
+                                                        const Qel16u* pCoeffIdx, const Qel32f* pResidual,
+                                                        const Qel8u* pWeightIdx, int len, const Qel32f* pWeights,
+                                                        const QelSRHNState* pState);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

@@ -53,6 +53,9 @@ HAS_OFFSET(QelVersionRecord, libraryName, FIRST_POINTER);
 HAS_OFFSET(QelVersionRecord, versionText, FIRST_POINTER + sizeof(void*));
 HAS_OFFSET(QelVersionRecord, buildDate, FIRST_POINTER + 2 * sizeof(void*));
 
+HAS_SIZE(QelSRHNState, sizeof(void*));
+HAS_OFFSET(QelSRHNState, pCoeffs, 0);
+
 _Static_assert(qelStatusOk == 0 && qelStatusOverflow == -2 && qelStatusBadArg == -5, "values of qelStatus");
 _Static_assert(qelStatusBadSize == -6 && qelStatusBadRange == -7 && qelStatusNullPointer == -8, "values of qelStatus");
 _Static_assert(qelStatusNoMemory == -9 && qelStatusOutOfRange == -11, "values of qelStatus");
