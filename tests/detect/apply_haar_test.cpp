@@ -323,6 +323,99 @@ TEST(ApplyHaarInOrder, qeliApplyMixedHaarClassifier_32s_C1RSfs) {
     });
 }
 
+// A cascade by hand: windows of 12 by 12 with a bright square of 6 by 6 in their middle, whatever the contrast.
+class DrawnSquares {
+public:
+    DrawnSquares() {
+        const QelRect all = {0, 0, 12, 12}, middle = {3, 3, 6, 6}, top = {3, 0, 6, 3}, left = {0, 3, 3, 6};
+        const QelRect bottom = {3, 9, 6, 3}, right = {9, 3, 3, 6};
+        // In units of the deviation times the area that is compared: the middle is bright, what is beside it is not.
+        addStage({{{all, middle}, {-1, 4}, 180, -1, 1, 2}}, 0);
+        addStage({{{top, middle}, {2, -1}, -60, 1, -1, 2}, {{left, middle}, {2, -1}, -60, 1, -1, 2}}, 1);
+        addStage({{{bottom, middle}, {2, -1}, -60, 1, -1, 2}, {{right, middle}, {2, -1}, -60, 1, -1, 2}}, 1);
+    }
+
+    // The windows of a picture that pass.
+    std::vector<QelPoint> find(const kit::Image<Qel8u>& picture) const {
+        const QelSize size = picture.size(), table = {size.width + 1, size.height + 1};
+        const QelSize places = {size.width - 11, size.height - 11};
+        kit::Image<Qel32f> sums(table, 0), norm(places, 0);
+        kit::Image<Qel64f> squares(table, 0);
+        EXPECT_EQ(qelStatusOk, qeliSqrIntegral_8u32f64f_C1R(picture.data(), picture.step(), sums.data(), sums.step(),
+                                                            squares.data(), squares.step(), size, 0, 0));
+        EXPECT_EQ(qelStatusOk, qeliRectStdDev_32f_C1R(sums.data(), sums.step(), squares.data(), squares.step(),
+                                                      norm.data(), norm.step(), places, {0, 0, 12, 12}));
+        kit::Image<Qel8u> mask(places, 1);
+        int positive = places.width * places.height;
+        for (const Stage& stage : stages_) {
+            EXPECT_EQ(qelStatusOk, qeliApplyHaarClassifier_32f_C1R(sums.data(), sums.step(), norm.data(), norm.step(),
+                                                                   mask.data(), mask.step(), places, &positive,
+                                                                   stage.threshold, stage.state.get()));
+        }
+        std::vector<QelPoint> found;
+        for (int y = 0; y < places.height; ++y)
+            for (int x = 0; x < places.width; ++x)
+                if (mask.at(x, y) != 0) found.push_back({x, y});
+        EXPECT_EQ(int(found.size()), positive);
+        return found;
+    }
+
+private:
+    struct Stump {
+        std::vector<QelRect> rects;
+        std::vector<Qel32f> weights;
+        Qel32f threshold, below, above;
+        int count;
+    };
+    struct Stage {
+        StatePointer state;
+        Qel32f threshold;
+    };
+
+    void addStage(const std::vector<Stump>& stumps, Qel32f threshold) {
+        haar::Source<Qel32f> source;
+        for (const Stump& s : stumps) {
+            source.rects.insert(source.rects.end(), s.rects.begin(), s.rects.end());
+            source.weights.insert(source.weights.end(), s.weights.begin(), s.weights.end());
+            source.thresholds.push_back(s.threshold);
+            source.below.push_back(s.below);
+            source.above.push_back(s.above);
+            source.counts.push_back(s.count);
+        }
+        QelHaarClassifierState* pState = nullptr;
+        EXPECT_EQ(qelStatusOk, source.build(qeliHaarClassifierInitAlloc_32f, &pState));
+        stages_.push_back({StatePointer(pState), threshold});
+    }
+
+    std::vector<Stage> stages_;
+};
+
+TEST_P(ApplyHaar, CascadeFindsWhatWasDrawn) {
+    const DrawnSquares cascade;
+    kit::Trial trial(9, {97, 70});
+    kit::Image<Qel8u> picture(trial);
+    for (int y = 0; y < 70; ++y)
+        for (int x = 0; x < 97; ++x) picture.at(x, y) = Qel8u(60 + (x + y) / 8 + trial.between(0, 3));
+    const QelPoint drawn[] = {{5, 4}, {40, 20}, {85, 58}, {20, 50}};
+    int contrast = 30;
+    for (const QelPoint p : drawn) {
+        for (int y = 3; y < 9; ++y)
+            for (int x = 3; x < 9; ++x) picture.at(p.x + x, p.y + y) = Qel8u(picture.at(p.x + x, p.y + y) + contrast);
+        contrast += 30;
+    }
+    for (int y = 5; y < 45; ++y) picture.at(70, y) = picture.at(71, y) = 200;  // a bar, which is no square
+    const std::vector<QelPoint> found = cascade.find(picture);
+    for (const QelPoint p : drawn) {
+        EXPECT_TRUE(std::any_of(found.begin(), found.end(), [=](QelPoint f) { return f.x == p.x && f.y == p.y; }))
+            << p.x << " " << p.y;
+    }
+    for (const QelPoint f : found) {
+        EXPECT_TRUE(std::any_of(std::begin(drawn), std::end(drawn),
+                                [=](QelPoint p) { return std::abs(f.x - p.x) <= 1 && std::abs(f.y - p.y) <= 1; }))
+            << f.x << " " << f.y;
+    }
+}
+
 // What memory there is not: nothing is written, and nothing stays allocated.
 TEST_P(ApplyHaar, AllocationFailures) {
     kit::Trial trial(5, {20, 3});
