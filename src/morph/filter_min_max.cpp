@@ -64,18 +64,33 @@ MinMaxColumnKernel<T>* chooseColumn(Extreme extreme, int height, int h) {
     return *RoutinesOf<T>::columns(extreme)[index];
 }
 
-// 8u only: the order in which samples meet is another one, and shows in floats that do not compare.
 template <class T>
-MinMaxSquareKernel* chooseSquare(Extreme extreme, int width, int channels, QelSize window) {
-    static const MinMaxSquare* const kSquares[2][2][5] = {
-        {{nullptr, &ownFilterMinSquare03_8u_C1R, nullptr, &ownFilterMinSquare03_8u_C3R, &ownFilterMinSquare03_8u_C4R},
-         {nullptr, &ownFilterMinSquare05_8u_C1R, nullptr, &ownFilterMinSquare05_8u_C3R, &ownFilterMinSquare05_8u_C4R}},
-        {{nullptr, &ownFilterMaxSquare03_8u_C1R, nullptr, &ownFilterMaxSquare03_8u_C3R, &ownFilterMaxSquare03_8u_C4R},
-         {nullptr, &ownFilterMaxSquare05_8u_C1R, nullptr, &ownFilterMaxSquare05_8u_C3R, &ownFilterMaxSquare05_8u_C4R}}};
+using SquareTable = const MinMaxSquare<T>* const[2][5];  // by side and channels
+constexpr SquareTable<Qel8u> kMaxSquares_8u = {
+    {nullptr, &ownFilterMaxSquare03_8u_C1R, nullptr, &ownFilterMaxSquare03_8u_C3R, &ownFilterMaxSquare03_8u_C4R},
+    {nullptr, &ownFilterMaxSquare05_8u_C1R, nullptr, &ownFilterMaxSquare05_8u_C3R, &ownFilterMaxSquare05_8u_C4R}};
+constexpr SquareTable<Qel8u> kMinSquares_8u = {
+    {nullptr, &ownFilterMinSquare03_8u_C1R, nullptr, &ownFilterMinSquare03_8u_C3R, &ownFilterMinSquare03_8u_C4R},
+    {nullptr, &ownFilterMinSquare05_8u_C1R, nullptr, &ownFilterMinSquare05_8u_C3R, &ownFilterMinSquare05_8u_C4R}};
+constexpr SquareTable<Qel32f> kMaxSquares_32f = {{nullptr, &ownFilterMaxSquare03_32f_C1R},
+                                                 {nullptr, &ownFilterMaxSquare05_32f_C1R}};
+constexpr SquareTable<Qel32f> kMinSquares_32f = {{nullptr, &ownFilterMinSquare03_32f_C1R},
+                                                 {nullptr, &ownFilterMinSquare05_32f_C1R}};
+const SquareTable<Qel8u>& squaresOf(Extreme extreme, Qel8u) {
+    return extreme == Extreme::kMax ? kMaxSquares_8u : kMinSquares_8u;
+}
+const SquareTable<Qel32f>& squaresOf(Extreme extreme, Qel32f) {
+    return extreme == Extreme::kMax ? kMaxSquares_32f : kMinSquares_32f;
+}
+
+// The width decides, not what vectors there are: floats that do not compare show in which order they were met.
+template <class T>
+MinMaxSquareKernel<T>* chooseSquare(Extreme extreme, int width, int channels, QelSize window) {
     const int side = window.width;
-    if (sizeof(T) != 1 || window.height != side || (side != 3 && side != 5)) return nullptr;
-    if (int64_t{width} * channels < kMinMaxSquareBytes) return nullptr;
-    return *kSquares[extreme == Extreme::kMax][side == 5][channels];
+    if (window.height != side || (side != 3 && side != 5)) return nullptr;
+    if (rowOf<T>(width, channels).bytes < kMinMaxSquareBytes) return nullptr;
+    const MinMaxSquare<T>* const kernel = squaresOf(extreme, T())[side == 5][channels];
+    return kernel == nullptr ? nullptr : static_cast<MinMaxSquareKernel<T>*>(*kernel);
 }
 
 // Lines that exist at a time: those of the windows that are made together.
@@ -155,14 +170,13 @@ void ExtremesByRows<T>::makeRows(int count) {
 // Where fewer rows are left than are made at a time, the others go to a line of scratch, made of rows that are there.
 template <class T>
 void ExtremesByRows<T>::makeSquares(int count) {
-    const Qel8u* rows[kMinMaxSquareLargest + kMinMaxSquareRows - 1];
-    Qel8u* results[kMinMaxSquareRows];
+    const T* rows[kMinMaxSquareLargest + kMinMaxSquareRows - 1];
+    T* results[kMinMaxSquareRows];
     const int first = next_ - window_.anchor.y;
     const int last = sourceRowsFor(next_ + count) - 1;
     for (int i = 0; i < window_.size.height + kMinMaxSquareRows - 1; ++i)
-        rows[i] = reinterpret_cast<const Qel8u*>(src_.row(std::clamp(first + i, 0, last)));
-    for (int i = 0; i < kMinMaxSquareRows; ++i)
-        results[i] = reinterpret_cast<Qel8u*>(i < count ? dst_.row(next_ + i) : lines_.place(0));
+        rows[i] = src_.row(std::clamp(first + i, 0, last));
+    for (int i = 0; i < kMinMaxSquareRows; ++i) results[i] = i < count ? dst_.row(next_ + i) : lines_.place(0);
     square_(rows, results, size_.width, window_.anchor.x);
     next_ += count;
 }

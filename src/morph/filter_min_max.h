@@ -66,7 +66,7 @@ private:
     ExtremeWindow window_;
     MinMaxRowKernel<T>* row_;
     MinMaxColumnKernel<T>* column_;
-    MinMaxSquareKernel* square_;  // if that is how to run the filter
+    MinMaxSquareKernel<T>* square_;  // if that is how to run the filter
     RowRing<T> lines_;
     int next_ = 0;
 };

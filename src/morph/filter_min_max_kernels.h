@@ -83,24 +83,30 @@ constexpr int minMaxPart(int windowHeight, int rows) {
 
 // Four rows of the extremes of squares of 3 or 5 pixels, in one step: from 3 rows more than the square is
 // high, each of at least kMinMaxSquareBytes bytes. Rows may stand several times.
-using MinMaxSquareKernel = void(const Qel8u* const* pRows, Qel8u* const* pDstRows, int width, int anchor);
-using MinMaxSquare = Kernel<MinMaxSquareKernel>;
+template <class T>
+using MinMaxSquareKernel = void(const T* const* pRows, T* const* pDstRows, int width, int anchor);
+template <class T>
+using MinMaxSquare = Kernel<MinMaxSquareKernel<T>>;
 constexpr int kMinMaxSquareRows = 4;
 constexpr int kMinMaxSquareBytes = 64;
 constexpr int kMinMaxSquareLargest = 5;
 
-extern const MinMaxSquare ownFilterMaxSquare03_8u_C1R;
-extern const MinMaxSquare ownFilterMaxSquare03_8u_C3R;
-extern const MinMaxSquare ownFilterMaxSquare03_8u_C4R;
-extern const MinMaxSquare ownFilterMaxSquare05_8u_C1R;
-extern const MinMaxSquare ownFilterMaxSquare05_8u_C3R;
-extern const MinMaxSquare ownFilterMaxSquare05_8u_C4R;
-extern const MinMaxSquare ownFilterMinSquare03_8u_C1R;
-extern const MinMaxSquare ownFilterMinSquare03_8u_C3R;
-extern const MinMaxSquare ownFilterMinSquare03_8u_C4R;
-extern const MinMaxSquare ownFilterMinSquare05_8u_C1R;
-extern const MinMaxSquare ownFilterMinSquare05_8u_C3R;
-extern const MinMaxSquare ownFilterMinSquare05_8u_C4R;
+extern const MinMaxSquare<Qel8u> ownFilterMaxSquare03_8u_C1R;
+extern const MinMaxSquare<Qel8u> ownFilterMaxSquare03_8u_C3R;
+extern const MinMaxSquare<Qel8u> ownFilterMaxSquare03_8u_C4R;
+extern const MinMaxSquare<Qel32f> ownFilterMaxSquare03_32f_C1R;
+extern const MinMaxSquare<Qel8u> ownFilterMaxSquare05_8u_C1R;
+extern const MinMaxSquare<Qel8u> ownFilterMaxSquare05_8u_C3R;
+extern const MinMaxSquare<Qel8u> ownFilterMaxSquare05_8u_C4R;
+extern const MinMaxSquare<Qel32f> ownFilterMaxSquare05_32f_C1R;
+extern const MinMaxSquare<Qel8u> ownFilterMinSquare03_8u_C1R;
+extern const MinMaxSquare<Qel8u> ownFilterMinSquare03_8u_C3R;
+extern const MinMaxSquare<Qel8u> ownFilterMinSquare03_8u_C4R;
+extern const MinMaxSquare<Qel32f> ownFilterMinSquare03_32f_C1R;
+extern const MinMaxSquare<Qel8u> ownFilterMinSquare05_8u_C1R;
+extern const MinMaxSquare<Qel8u> ownFilterMinSquare05_8u_C3R;
+extern const MinMaxSquare<Qel8u> ownFilterMinSquare05_8u_C4R;
+extern const MinMaxSquare<Qel32f> ownFilterMinSquare05_32f_C1R;
 
 }  // namespace qel
 

@@ -58,10 +58,24 @@ public:
     explicit Distance(size_t bytes)
         : blocks_(bytes / kBlock),
           fromNear_(hn::LoadDup128(Bytes(), kIndices + kBlock - bytes % kBlock)),
-          fromFar_(hn::LoadDup128(Bytes(), kIndices + 2 * kBlock - bytes % kBlock)) {}
+          fromFar_(hn::LoadDup128(Bytes(), kIndices + 2 * kBlock - bytes % kBlock))
+#if HWY_TARGET == HWY_AVX3
+          ,
+          fromBoth_(hn::Iota(hn::ScalableTag<int32_t>(), int32_t(kVector - bytes) / 4))
+#endif
+    {
+    }
 
     template <class V, class D = hn::DFromV<V>>
     HWY_INLINE V before(V cur, V prev) const {
+#if HWY_TARGET == HWY_AVX3
+        if constexpr (sizeof(hn::TFromV<V>) == 4) {
+            const hn::RebindToSigned<D> di;
+            const auto both =
+                _mm512_permutex2var_epi32(hn::BitCast(di, prev).raw, fromBoth_.raw, hn::BitCast(di, cur).raw);
+            return hn::BitCast(D(), hn::Vec<decltype(di)>{both});
+        }
+#endif
         return hn::BitCast(D(), bytesBefore(hn::BitCast(Bytes(), cur), hn::BitCast(Bytes(), prev)));
     }
 
@@ -92,6 +106,9 @@ private:
     size_t blocks_;
     BytesV fromNear_;
     BytesV fromFar_;
+#if HWY_TARGET == HWY_AVX3
+    hn::Vec<hn::ScalableTag<int32_t>> fromBoth_;  // of samples of four bytes
+#endif
 };
 
 // Windows over the pixel itself and those before it. Each call of next takes the vector behind the one before and
@@ -129,36 +146,48 @@ private:
     V last_;
 };
 
-// Of 2^kDoublings pixels and up to as many more less one.
+// Of 2^kDoublings pixels. An array of vectors would not stay in registers.
 template <class Choose, int kPixel, int kDoublings, class V>
-class SlideDoubled {
+class Doublings {
 public:
-    SlideDoubled(V before, size_t w) : last_((w - (size_t{1} << kDoublings)) * kPixel), lastPrev_(before) {
-        for (V& v : prev_) v = before;
-    }
+    explicit Doublings(V before) : half_(before), last_(before) {}
 
     HWY_INLINE V next(V cur) {
-        const V doubled = doubledFrom<0>(cur);
-        const V result = Choose()(last_.before(doubled, lastPrev_), doubled);
-        lastPrev_ = doubled;
-        return result;
+        const V half = half_.next(cur);
+        const V extreme = Choose()(before<(kPixel << (kDoublings - 1))>(half, last_), half);
+        last_ = half;
+        return extreme;
     }
 
 private:
-    template <int i>
-    HWY_INLINE V doubledFrom(V v) {
-        if constexpr (i == kDoublings) {
-            return v;
-        } else {
-            const V doubled = Choose()(before<(kPixel << i)>(v, prev_[i]), v);
-            prev_[i] = v;
-            return doubledFrom<i + 1>(doubled);
-        }
+    Doublings<Choose, kPixel, kDoublings - 1, V> half_;
+    V last_;
+};
+template <class Choose, int kPixel, class V>
+class Doublings<Choose, kPixel, 0, V> {
+public:
+    explicit Doublings(V) {}
+    HWY_INLINE V next(V cur) { return cur; }
+};
+
+// Of up to twice as many pixels, less one.
+template <class Choose, int kPixel, int kDoublings, class V>
+class SlideDoubled {
+public:
+    SlideDoubled(V before, size_t w)
+        : doublings_(before), rest_((w - (size_t{1} << kDoublings)) * kPixel), last_(before) {}
+
+    HWY_INLINE V next(V cur) {
+        const V doubled = doublings_.next(cur);
+        const V extreme = Choose()(rest_.before(doubled, last_), doubled);
+        last_ = doubled;
+        return extreme;
     }
 
-    Distance last_;
-    V prev_[kDoublings];
-    V lastPrev_;
+private:
+    Doublings<Choose, kPixel, kDoublings, V> doublings_;
+    Distance rest_;
+    V last_;
 };
 
 // i modulo kPixel, from 0 on.
