@@ -30,6 +30,19 @@ struct ParallelFrom {
 // Functions that work element by element.
 constexpr ParallelFrom kElementwise = {.inAll = 0x40000};
 
+// Likewise for functions that go by the shape of a region: all limits must be reached, and several cores be there.
+struct ParallelFromRows {
+    int width;
+    int height;
+    int heightPerThread;
+
+    bool reachedBy(QelSize roi) const {
+        const int threads = owncvGetMaxNumThreads();
+        return threads > 1 && roi.height >= int64_t{heightPerThread} * threads && roi.width >= width &&
+               roi.height >= height && runomp() != 0;
+    }
+};
+
 // The rows of one thread: `size.height` of them from row y of the region.
 struct Share {
     int thread;

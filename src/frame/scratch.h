@@ -72,14 +72,14 @@ private:
     int64_t bytes_ = 0;
 };
 
-// Rows of `samples` samples in a piece of scratch that has room for `room` samples: each begins where a line of the
-// cache does, if there is room enough, else where the one before ends.
+// Rows of `samples` samples in a piece of scratch that has room for `room` samples: each begins `phase` samples behind
+// a line of the cache, if there is room enough, else where the one before ends.
 template <class T>
 class ScratchRows {
 public:
-    ScratchRows(T* piece, int64_t room, int samples, int count) : first_(piece), pitch_(samples) {
+    ScratchRows(T* piece, int64_t room, int samples, int count, int phase = 0) : first_(piece), pitch_(samples) {
         constexpr int kLine = 64;
-        T* const first = reinterpret_cast<T*>(alignUp(piece, size_t{kLine}));
+        T* const first = reinterpret_cast<T*>(alignUp(piece, size_t{kLine})) + phase;
         const int64_t pitch = alignUp(samples * int64_t{sizeof(T)}, kLine) / int64_t{sizeof(T)};
         if (first - piece + pitch * count > room) return;
         first_ = first;
@@ -92,6 +92,14 @@ private:
     T* first_;
     int64_t pitch_;
 };
+
+// The place in a line of the cache, in samples, where rows begin that go with rows from p on sample by sample: their
+// vectors are aligned where those of the other are.
+template <class T>
+int phaseOf(const void* p, int otherBytes) {
+    constexpr int kLine = 64;
+    return static_cast<int>(reinterpret_cast<uintptr_t>(p) / size_t(otherBytes) % (kLine / sizeof(T)));
+}
 
 // Ends a size query. A size that the caller's int cannot hold is an error rather than a number that wraps.
 inline qelStatus writeBufferSize(int64_t bytes, int* pBufferSize) {

@@ -82,6 +82,19 @@ HWY_INLINE void forBlocks(size_t block, size_t step, size_t count, const Op& op)
     }
 }
 
+// Calls op(d, x) on vectors that cover `count` results, a multiple of kGroup: behind the first, they begin where
+// vectors from `aligned` on are aligned, and the last begins early enough to end with the results. Some are formed
+// twice, and by the same vectors as the others; only results that do not fill one come in shorter ones.
+template <size_t kGroup = 1, class D, class Out, class Op>
+HWY_INLINE void forOverlappingVectors(D d, const Out* aligned, size_t count, const Op& op) {
+    const size_t lanes = hn::Lanes(d);
+    if (count >= lanes) {
+        forBlocks(lanes, lanes - lanesBeyondAlignment(d, aligned), count, [&](size_t x) HWY_ATTR { op(d, x); });
+    } else if constexpr (hn::MaxLanes(D()) > kGroup) {
+        if (count > 0) forOverlappingVectors<kGroup>(hn::Half<D>(), aligned, count, op);
+    }
+}
+
 // How a kernel stores: through the cache, or past it where the address is a vector's.
 struct CachedStore {
     template <class D, class V = hn::Vec<D>>

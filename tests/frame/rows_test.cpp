@@ -144,6 +144,21 @@ TEST_F(Rows, AFailedTableIsReportedAndNothingRuns) {
     EXPECT_EQ(0, total.count);
 }
 
+TEST_F(Rows, ShapesThatGoToThreads) {
+    constexpr ParallelFromRows kLimits = {.width = 20, .height = 10, .heightPerThread = 5};
+    kit::core().threads = 3;
+    kit::core().cores = 2;
+    EXPECT_TRUE(kLimits.reachedBy({20, 15}));
+    EXPECT_FALSE(kLimits.reachedBy({19, 15}));
+    EXPECT_FALSE(kLimits.reachedBy({20, 14})) << "less than five rows for each thread";
+    kit::core().threads = 1;
+    EXPECT_FALSE(kLimits.reachedBy({20, 15}));
+    kit::core().threads = 2;
+    EXPECT_TRUE(kLimits.reachedBy({20, 10}));
+    kit::core().cores = 1;
+    EXPECT_FALSE(kLimits.reachedBy({20, 10}));
+}
+
 TEST_F(Rows, LimitsGrowWithTheThreadLimit) {
     kit::core().threads = 3;
     EXPECT_TRUE(ParallelFrom{.perThread = 1 << 17}.reachedBy({3 << 15, 4}));

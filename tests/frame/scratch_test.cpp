@@ -83,6 +83,20 @@ TEST(ScratchRows, BeginWithLinesWhereThereIsRoom) {
     }
 }
 
+TEST(ScratchRows, BeginWhereTheirPartnersDo) {
+    alignas(64) Qel16s block[3 * 64];
+    alignas(64) Qel8u partner[64] = {};
+    // The fifth byte of 32 that fill a line of 16s, and of the next such line.
+    EXPECT_EQ(5, phaseOf<Qel16s>(partner + 5, sizeof(Qel8u)));
+    EXPECT_EQ(5, phaseOf<Qel16s>(partner + 37, sizeof(Qel8u)));
+    const ScratchRows<Qel16s> rows(block, 3 * 64, 40, 2, 5);
+    EXPECT_EQ(block + 5, rows[0]);
+    EXPECT_EQ(block + 64 + 5, rows[1]);
+    const ScratchRows<Qel16s> packed(block, 2 * 64 + 4, 40, 2, 5);
+    EXPECT_EQ(block, packed[0]) << "no room to begin there";
+    EXPECT_EQ(block + 40, packed[1]);
+}
+
 TEST(BufferSize, DoesNotWrap) {
     int size = -1;
     EXPECT_EQ(qelStatusOk, writeBufferSize(INT_MAX, &size));
