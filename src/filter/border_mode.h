@@ -16,7 +16,18 @@ constexpr int kRowsBelowInMemory = 0x20;
 constexpr bool isBorderMode(int mode) { return mode >= qelBorderConst && mode <= qelBorderMirrR; }
 
 // `a` modulo `n`, from 0 up to n - 1 for negative `a` too. A period may be twice as long as the longest row.
-constexpr int64_t modulo(int64_t a, int64_t n) { return a % n < 0 ? a % n + n : a % n; }
+constexpr int64_t modulo(int64_t a, int64_t n) {
+    if (a < 0 && a + n >= 0) return a + n;  // the usual distance takes no division
+    if (a >= n && a - n < n) return a - n;
+    return a % n < 0 ? a % n + n : a % n;
+}
+
+// What stands beyond the ends of a row or a column.
+template <class T>
+struct Border {
+    int mode;
+    T value;  // where the mode is qelBorderConst
+};
 
 // What extendedIndex gives where the border's constant stands.
 constexpr int kConstantSample = -1;

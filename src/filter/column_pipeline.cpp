@@ -1,3 +1,4 @@
+#include "filter/by_taps.h"
 #include "filter/column_pipeline_kernels.h"
 #include "filter/pipeline_scratch.h"
 #include "frame/check.h"
@@ -25,20 +26,6 @@ qelStatus checkColumns(const Src* const* pRowSrc, const T* pDst, int dstStep, Qe
         if (pRowSrc[i] == nullptr) return qelStatusNullPointer;
     return qelStatusOk;
 }
-
-bool columnsRunParallel(QelSize roiSize, int kernelSize) {
-    return kSeparable.reachedBy(roiSize) && runsepomp(kernelSize) != 0;
-}
-
-// The kernels of one pair of types, by their taps.
-template <class Fn>
-struct ByTaps {
-    const Kernel<Fn>& three;
-    const Kernel<Fn>& five;
-    const Kernel<Fn>& any;
-
-    Fn* pick(int kernelSize) const { return kernelSize == 3 ? three : kernelSize == 5 ? five : any; }
-};
 
 // Bytes of scratch of one thread beside its row pointers: two rows of 32-bit samples and a third as margin, in whole
 // groups. The scaled taps take less.
@@ -70,8 +57,8 @@ qelStatus columnPipeline(const Qel16s* const* pRowSrc, T* pDst, int dstStep, Qel
     for (int i = 0; i < kernelSize; ++i) pScaled[i] = static_cast<Qel32f>(pKernel[i]) * reciprocal;
     const DividedTaps taps = {pKernel, kernelSize, reciprocal, pScaled};
 
-    ColumnKernel<T>* const kernel = kernels.pick(kernelSize);
-    forRows(samples(roiSize, channels), columnsRunParallel(roiSize, kernelSize),
+    ColumnKernel<T>* const kernel = pick(kernels.of(kernelSize), roiSize);
+    forRows(samples(roiSize, channels), separableInParallel(roiSize, kernelSize),
             [&](const Share& s) { kernel(pRowSrc + s.y, row(pDst, dstStep, s.y), dstStep, s.size, taps, s.y == 0); });
     return qelStatusOk;
 }
@@ -81,7 +68,7 @@ constexpr int kLargeLow = 0x40001;
 constexpr int kLargeFloat = 0x20000;
 
 // The whole region decides, not a thread's share of it.
-ColumnLowKernel* pickLow(QelSize size, const Qel16s* pKernel, int kernelSize, int divisor) {
+ColumnLowKernel* lowKernel(QelSize size, const Qel16s* pKernel, int kernelSize, int divisor) {
     const bool large = area(size) >= kLargeLow;
     if (kernelSize == 3)
         return large ? ownFilterColumnLowPipeline_16s_C1R_3x3_W7cn_B : ownFilterColumnLowPipeline_16s_C1R_3x3_W7cn;
@@ -100,8 +87,8 @@ qelStatus columnLowPipeline(const Qel16s* const* pRowSrc, Qel16s* pDst, int dstS
 
     const QelSize size = samples(roiSize, channels);
     const int reciprocal = static_cast<int>(16384.0F / static_cast<Qel32f>(divisor));
-    ColumnLowKernel* const kernel = pickLow(size, pKernel, kernelSize, divisor);
-    forRows(size, columnsRunParallel(roiSize, kernelSize), [&](const Share& s) {
+    ColumnLowKernel* const kernel = lowKernel(size, pKernel, kernelSize, divisor);
+    forRows(size, separableInParallel(roiSize, kernelSize), [&](const Share& s) {
         kernel(pRowSrc + s.y, row(pDst, dstStep, s.y), dstStep, s.size, pKernel, kernelSize, reciprocal);
     });
     return qelStatusOk;
@@ -122,7 +109,7 @@ qelStatus columnFloatPipeline(const Qel32f* const* pRowSrc, Qel32f* pDst, int ds
 
     const QelSize size = samples(roiSize, channels);
     const ByTaps<ColumnFloatKernel>& kernels = area(size) >= kLargeFloat ? kLargeFloatKernels : kFloat;
-    kernels.pick(kernelSize)(pRowSrc, pDst, dstStep, size, pKernel, kernelSize);
+    kernels.of(kernelSize)(pRowSrc, pDst, dstStep, size, pKernel, kernelSize);
     return qelStatusOk;
 }
 

@@ -5,7 +5,9 @@
 #include "filter/pipeline_scratch.h"
 #include "frame/check.h"
 #include "frame/kernel.h"
+#include "frame/row_ring.h"
 #include "frame/rows.h"
+#include "frame/turns.h"
 #include "qelcv/filter.h"
 
 namespace qel {
@@ -68,22 +70,83 @@ int modeAlong(int length, int mode) { return length == 1 && mode != qelBorderCon
 // Rows that are filtered across before as many are filtered down: so few that they, their source and their result stay
 // in the nearest cache, if it holds four, which the column pipeline forms together; else so many that its stores bypass
 // the cache, and the second cache holds the rows.
-int rowsPerTurn(int width, int kernelSize) {
-    constexpr int64_t kNearestCache = 0xC000;
+int rowsOfTurn(int width, int kernelSize) {
+    constexpr int kTogether = 4;
     constexpr int kBypassing = 0x20000;
-    for (const int rows : {8, 4})
-        if (int64_t{width} * int64_t{sizeof(Qel32f)} * (3 * rows + kernelSize - 1) <= kNearestCache) return rows;
-    return kBypassing / width + 1;
+    const int64_t rowBytes = int64_t{width} * int64_t{sizeof(Qel32f)};
+    const int rows = rowsPerTurn(3 * rowBytes, rowBytes * (kernelSize - 1), 2 * kTogether) & -kTogether;
+    return rows > 0 ? rows : kBypassing / width + 1;
 }
 
-// Filtered rows that are kept at a time: those of a turn and all that meet them. Every row is kept where borders repeat
-// the far end of the image, where there are hardly more rows than taps, and where the row pipeline uses several
-// threads.
-int rowsKept(QelSize roiSize, int kernelSize, int mode, int rows) {
-    const bool wraps = mode == qelBorderWrap || roiSize.height <= kernelSize;
-    const bool parallel = ownGetNumThreads() > 1 && kSeparable.reachedBy(roiSize) && runsepomp(kernelSize) != 0;
-    return wraps || parallel ? rows : std::min(rows, rowsPerTurn(roiSize.width, kernelSize) + kernelSize - 1);
+// The arguments of a call, checked.
+struct GaussCall {
+    Plane<const Qel32f> source;
+    Plane<Qel32f> dst;
+    QelSize roiSize;
+    int kernelSize;
+    int borderMode;
+    Qel32f borderValue;
+
+    int mode() const { return borderMode & ~(kRowsAboveInMemory | kRowsBelowInMemory); }
+    int reach() const { return kernelSize / 2; }
+    RowRange all() const { return {-reach(), roiSize.height + reach()}; }
+    RowRange made() const {
+        return {borderMode & kRowsAboveInMemory ? -reach() : 0,
+                roiSize.height + (borderMode & kRowsBelowInMemory ? reach() : 0)};
+    }
+};
+
+// All rows are filtered across before any is filtered down where borders repeat the far end of the image, where there
+// are hardly more rows than taps, and where the row pipeline uses several threads.
+int rowsOfTurn(const GaussCall& call) {
+    const auto [width, height] = call.roiSize;
+    const bool wraps = call.mode() == qelBorderWrap || height <= call.kernelSize;
+    const bool parallel = ownGetNumThreads() > 1 && separableInParallel(call.roiSize, call.kernelSize);
+    return wraps || parallel ? height : std::min(height, rowsOfTurn(width, call.kernelSize));
 }
+
+// The rows of an image, filtered across when they are needed.
+class AcrossRows {
+public:
+    AcrossRows(const GaussCall& call, const GaussScratch& scratch, int kept)
+        : call_(call),
+          scratch_(scratch),
+          ring_({scratch.image, int64_t{scratch.stride} * scratch.rowCount, scratch.stride, kept}, kept, scratch.rows,
+                call.all(), call.made()) {
+        if (call.mode() == qelBorderConst) std::fill_n(scratch.constantLine, call.roiSize.width, call.borderValue);
+    }
+
+    // Null where the row pipeline refuses the call.
+    Qel32f* const* window(int y, int count) {
+        bool refused = false;
+        const auto outside = [&](int row, Qel32f*) {
+            const int index = extendedIndex(modeAlong(call_.roiSize.height, call_.mode()), row, call_.roiSize.height);
+            return index == kConstantSample ? scratch_.constantLine : ring_.place(index);
+        };
+        const auto stage = [&](int row, Qel32f* const* pRows, int rows) { refused |= !filter(row, pRows, rows); };
+        ring_.fillUpTo(y + count + call_.reach(), stage, outside);
+        return refused ? nullptr : ring_.window(y - call_.reach());
+    }
+
+private:
+    // The row pipeline's scratch is for as many rows as the region has.
+    bool filter(int y, Qel32f* const* pRows, int count) const {
+        const auto [width, height] = call_.roiSize;
+        for (int done = 0; done < count; done += height) {
+            const QelSize size = {width, std::min(count - done, height)};
+            if (qeliFilterRowBorderPipeline_32f_C1R(call_.source.row(y + done), call_.source.step, pRows + done, size,
+                                                    scratch_.kernel, call_.kernelSize, call_.reach(),
+                                                    modeAlong(width, call_.mode()), call_.borderValue,
+                                                    scratch_.rowScratch) != qelStatusOk)
+                return false;
+        }
+        return true;
+    }
+
+    const GaussCall& call_;
+    const GaussScratch& scratch_;
+    RowRing<Qel32f> ring_;
+};
 
 }  // namespace
 }  // namespace qel
@@ -92,54 +155,27 @@ qelStatus qeliFilterGaussBorder_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f*
                                         int kernelSize, Qel32f sigma, int borderMode, Qel32f borderValue,
                                         Qel8u* pBuffer) {
     using namespace qel;
-    const int mode = borderMode & ~(kRowsAboveInMemory | kRowsBelowInMemory);
+    const GaussCall call = {{pSrc, srcStep}, {pDst, dstStep}, roiSize, kernelSize, borderMode, borderValue};
     // Steps are tested against the width in pixels. The pipelines test them in bytes: what they refuse is not filtered.
     const qelStatus status = Check()
                                  .pointers(pSrc, pDst, pBuffer)
                                  .size(roiSize)
                                  .stepSizes(rowOf<Qel8u>(roiSize.width), srcStep, dstStep)
                                  .require(isGaussSize(kernelSize), qelStatusBadArg)
-                                 .require(isBorderMode(mode), qelStatusBadArg)
+                                 .require(isBorderMode(call.mode()), qelStatusBadArg)
                                  .status();
     if (status != qelStatusOk) return status;
 
     const GaussScratch scratch(pBuffer, roiSize, kernelSize);
     gaussKernel(scratch.kernel, kernelSize, sigma);
-
-    // Row y of the list, from `reach` rows above the region to as many below, is a row of its own or stands for one.
-    // The rows take turns in a ring.
-    const int reach = kernelSize / 2;
-    const int first = borderMode & kRowsAboveInMemory ? -reach : 0;
-    const int last = roiSize.height + (borderMode & kRowsBelowInMemory ? reach : 0);
-    const int kept = rowsKept(roiSize, kernelSize, mode, last - first);
-    Qel32f** const list = scratch.rows + reach;
-    const ScratchRows<Qel32f> filtered(scratch.image, int64_t{scratch.stride} * scratch.rowCount, scratch.stride, kept);
-    for (int y = first; y < last; ++y) list[y] = filtered[(y - first) % kept];
-    const auto standIn = [&](int y) {
-        const int index = extendedIndex(modeAlong(roiSize.height, mode), y, roiSize.height);
-        return index == kConstantSample ? scratch.constantLine : list[index];
-    };
-    if (mode == qelBorderConst) std::fill_n(scratch.constantLine, roiSize.width, borderValue);
-    for (int y = -reach; y < first; ++y) list[y] = standIn(y);
-    for (int y = last; y < roiSize.height + reach; ++y) list[y] = standIn(y);
-
-    // The row pipeline's scratch is for as many rows as the region has.
-    const auto filterAcross = [&](int y, int rows) {
-        return qeliFilterRowBorderPipeline_32f_C1R(row(pSrc, srcStep, y), srcStep, list + y, {roiSize.width, rows},
-                                                   scratch.kernel, kernelSize, reach, modeAlong(roiSize.width, mode),
-                                                   borderValue, scratch.rowScratch);
-    };
-    const int turn = kept == last - first ? roiSize.height : kept - (kernelSize - 1);
-    int across = first;
+    const int turn = rowsOfTurn(call);
+    AcrossRows across(call, scratch, turn + kernelSize - 1);
     for (int y = 0; y < roiSize.height; y += turn) {
-        const int rows = std::min(turn, roiSize.height - y);
-        for (const int needed = std::min(y + rows + reach, last); across < needed;) {
-            const int batch = std::min(needed - across, roiSize.height);
-            if (filterAcross(across, batch) != qelStatusOk) return qelStatusOk;
-            across += batch;
-        }
-        qeliFilterColumnPipeline_32f_C1R(list + y - reach, row(pDst, dstStep, y), dstStep, {roiSize.width, rows},
-                                         scratch.kernel, kernelSize, scratch.columnScratch);
+        const int count = std::min(turn, roiSize.height - y);
+        Qel32f* const* const rows = across.window(y, count);
+        if (rows == nullptr) return qelStatusOk;
+        qeliFilterColumnPipeline_32f_C1R(rows, call.dst.row(y), dstStep, {roiSize.width, count}, scratch.kernel,
+                                         kernelSize, scratch.columnScratch);
     }
     return qelStatusOk;
 }

@@ -2,11 +2,9 @@
 #ifndef QELCV_FILTER_FIXED_FILTERS_H_
 #define QELCV_FILTER_FIXED_FILTERS_H_
 
-#include "filter/border_mode.h"
 #include "filter/filter_convolution.h"
 #include "filter/pipeline_scratch.h"
 #include "frame/check.h"
-#include "frame/rows.h"
 
 namespace qel {
 
@@ -15,16 +13,6 @@ constexpr int kMask3x3 = 33;
 constexpr int kMask5x5 = 55;
 constexpr bool isMask(int mask) { return mask == kMask3x3 || mask == kMask5x5; }
 constexpr int tapsOf(int mask) { return mask / 11; }
-
-// A filter for one mask, as entries of the tables of its type.
-struct FixedFilter {
-    int row;
-    int column;
-};
-
-// For 3x3 and 5x5.
-using FixedFilters = FixedFilter[2];
-inline const FixedFilter& ofMask(const FixedFilters& filters, int mask) { return filters[mask == kMask5x5]; }
 
 // The documented scratch of a family, for one thread. Sizes of 32-bit builds: a pointer there is 4 bytes.
 struct FixedScratch {
@@ -60,33 +48,18 @@ inline qelStatus fixedBufferSize(QelSize roiSize, int mask, int* pBufferSize, co
     return writeBufferSize((bytes + extraBytes) * owncvGetMaxNumThreads(), pBufferSize);
 }
 
-// The arguments of a call.
-template <class Src, class Dst>
-struct FixedCall {
-    const Src* pSrc;
-    int srcStep;
-    Dst* pDst;
-    int dstStep;
-    QelSize roiSize;
-    int mask;
-    int borderMode;
-    Src borderValue;
-    int divisor;
-    Qel8u* pBuffer;
-};
-
 template <class Src, class Dst>
 qelStatus checkFixed(const FixedCall<Src, Dst>& call) {
     const RowOf srcRow = rowOf<Src>(call.roiSize.width);
     const RowOf dstRow = rowOf<Dst>(call.roiSize.width);
     const int flags = call.borderMode & 0xFFF0;
     return Check()
-        .pointers(call.pSrc, call.pDst, call.pBuffer)
+        .pointers(call.source.p, call.dst.p, call.pBuffer)
         .size(call.roiSize)
-        .stepSizes(srcRow, call.srcStep)
-        .stepSizes(dstRow, call.dstStep)
-        .stepAlignments(srcRow, call.srcStep)
-        .stepAlignments(dstRow, call.dstStep)
+        .stepSizes(srcRow, call.source.step)
+        .stepSizes(dstRow, call.dst.step)
+        .stepAlignments(srcRow, call.source.step)
+        .stepAlignments(dstRow, call.dst.step)
         .require(isBorderMode(call.borderMode & kBorderModeMask), qelStatusBadArg)
         .require(flags == 0 || (flags & (kRowsAboveInMemory | kRowsBelowInMemory)) != 0, qelStatusBadArg)
         .require(call.divisor != 0, qelStatusBadArg)
@@ -94,69 +67,19 @@ qelStatus checkFixed(const FixedCall<Src, Dst>& call) {
         .status();
 }
 
-// Threads pay for regions of at least this height, a width of 256, and five rows for each thread.
-constexpr int kFixedMinHeight = 256;
+constexpr ParallelFromRows kFixed = {.width = 256, .height = 256, .heightPerThread = 5};
 
-inline bool fixedInParallel(QelSize roiSize, int minHeight) {
-    const int threads = owncvGetMaxNumThreads();
-    return threads > 1 && roiSize.height >= 5 * int64_t{threads} && roiSize.width >= 256 &&
-           roiSize.height >= minHeight && runomp() != 0;
-}
-
-// The call for one thread's rows. At a seam the rows of the neighbour are read from the image.
-template <class Src, class Dst>
-FixedCall<Src, Dst> slice(const FixedCall<Src, Dst>& call, const Share& share, int64_t scratchBytes) {
-    FixedCall<Src, Dst> part = call;
-    part.pSrc = row(call.pSrc, call.srcStep, share.y);
-    part.pDst = row(call.pDst, call.dstStep, share.y);
-    part.roiSize = share.size;
-    if (share.y > 0) part.borderMode |= kRowsAboveInMemory;
-    if (share.y + share.size.height < call.roiSize.height) part.borderMode |= kRowsBelowInMemory;
-    part.pBuffer = call.pBuffer + scratchBytes * share.thread;
-    return part;
-}
-
-template <class Src, class Dst>
-int modeOf(const FixedCall<Src, Dst>& call) {
-    return call.borderMode & kBorderModeMask;
-}
-
-inline FixedPass<Qel32f, Qel32f, Qel32f> passOf(const FixedFilter& filter, const FixedCall<Qel32f, Qel32f>& call) {
-    return {filter.row, owntabRow_32f[filter.row][modeOf(call)], owntabColumn_32f[filter.column]};
-}
-inline FixedPass<Qel8u, Qel16s, Qel16s> passOf(const FixedFilter& filter, const FixedCall<Qel8u, Qel16s>& call) {
-    return {filter.row, owntabRow_8u16s[filter.row][modeOf(call)], owntabColumn_8u16s[filter.column]};
-}
-inline FixedPass<Qel8u, Qel16s, Qel8s> passOf(const FixedFilter& filter, const FixedCall<Qel8u, Qel8s>& call) {
-    return {filter.row, owntabRow_8u16s[filter.row][modeOf(call)], owntabColumn_8u8s[filter.column]};
-}
-inline FixedPass<Qel8u, Qel16s, Qel8u> passOf(const FixedFilter& filter, const FixedCall<Qel8u, Qel8u>& call) {
-    return {filter.row, owntabRow_8u16s[filter.row][modeOf(call)], owntabColumn_8u[filter.column]};
-}
-
-// A pass over one thread's rows, by stripes of columns.
-template <class Src, class Dst>
-void runPass(const FixedCall<Src, Dst>& part, const FixedFilter& filter, const SliceOf<Src>& image) {
-    const auto pass = passOf(filter, part);
-    const auto [width, height] = part.roiSize;
-    const int stripe = stripeWidth(pass, part.roiSize);
-    for (int x = 0; x < width; x += stripe) {
-        const int columns = std::min(stripe, width - x);
-        filterConvolution(part.pSrc + x, part.srcStep, part.pDst + x, part.dstStep, {columns, height},
-                          {x, width - x - columns}, pass, part.borderMode, part.borderValue, part.divisor,
-                          {image.pSrc + x, image.height, image.y}, part.pBuffer);
-    }
-}
-
-// A filter of one pass.
-template <class Src, class Dst>
-qelStatus fixedFilter(const FixedCall<Src, Dst>& call, const FixedFilters& filters, const FixedScratch& scratch) {
+// A filter's routines for 3x3, then those for 5x5 if there are such.
+template <class Src, class Mid, class Dst, size_t n>
+qelStatus fixedFilter(const FixedCall<Src, Dst>& call, const FixedFilter<Src, Mid, Dst> (&filters)[n],
+                      const FixedScratch& scratch, ParallelFromRows parallelFrom = kFixed) {
     const qelStatus status = checkFixed(call);
     if (status != qelStatusOk) return status;
 
+    const auto& filter = filters[call.mask == kMask3x3 ? 0 : n - 1];
     const int64_t scratchBytes = fixedScratchBytes(call.roiSize, tapsOf(call.mask), scratch);
-    forRows(call.roiSize, fixedInParallel(call.roiSize, kFixedMinHeight), [&](const Share& s) {
-        runPass(slice(call, s, scratchBytes), ofMask(filters, call.mask), {call.pSrc, call.roiSize.height, s.y});
+    forRows(call.roiSize, parallelFrom.reachedBy(call.roiSize), [&](const Share& share) {
+        filterConvolution(call, filter, share, call.pBuffer + scratchBytes * share.thread);
     });
     return qelStatusOk;
 }

@@ -1,116 +1,142 @@
 // The one-dimensional kernels that the fixed filters are made of, and the routines that have each of them built in.
+//
+// A name says the types, the mask, the kernel and the machine: ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerSobel_W7
+// makes 16s sums of 8u rows by kerSobel_3; ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx_W7cn goes down 16s rows by
+// kerDx_3 and ends in 8s. _W7 was compiled for vectors, once per instruction set, and _W7cn takes its rows from a list
+// of pointers.
 #ifndef QELCV_FILTER_FIXED_KERNELS_H_
 #define QELCV_FILTER_FIXED_KERNELS_H_
 
-#include <cstddef>
-
+#include "filter/border_mode.h"
 #include "frame/image.h"
 #include "frame/kernel.h"
 #include "qelcv/types.h"
 
 namespace qel {
 
-constexpr Qel16s kerDx_3[] = {-1, 0, 1};
-constexpr Qel16s kerDxNeg_3[] = {1, 0, -1};
-constexpr Qel16s kerDx_5[] = {-1, -2, 0, 2, 1};
-constexpr Qel16s kerDxNeg_5[] = {1, 2, 0, -2, -1};
-constexpr Qel16s kerD2x_3[] = {1, -2, 1};
-constexpr Qel16s kerD2x_5[] = {1, 0, -2, 0, 1};
-constexpr Qel16s kerSobel_3[] = {1, 2, 1};
-constexpr Qel16s kerSobel_5[] = {1, 4, 6, 4, 1};
-constexpr Qel16s kerScharr_3[] = {3, 10, 3};
-constexpr Qel16s kerAvr_3[] = {1, 1, 1};
-constexpr Qel16s kerAvr_5[] = {1, 1, 1, 1, 1};
-constexpr Qel16s kerLap_3[] = {1, 0, 1};
+// The coefficients of a kernel, from its first tap on. Its formula follows from them.
+template <int n>
+struct FixedTaps {
+    static constexpr int kCount = n;
+    Qel16s k[n];
 
-// Samples from one row of intermediate values to the next. A row of the 3x3 Laplacian is two of these, one behind the
-// other.
+    constexpr int sum() const {
+        int sum = 0;
+        for (const Qel16s c : k) sum += c;
+        return sum;
+    }
+};
+inline constexpr FixedTaps<3> kerDx_3 = {{-1, 0, 1}};
+inline constexpr FixedTaps<3> kerDxNeg_3 = {{1, 0, -1}};
+inline constexpr FixedTaps<5> kerDx_5 = {{-1, -2, 0, 2, 1}};
+inline constexpr FixedTaps<5> kerDxNeg_5 = {{1, 2, 0, -2, -1}};
+inline constexpr FixedTaps<3> kerD2x_3 = {{1, -2, 1}};
+inline constexpr FixedTaps<5> kerD2x_5 = {{1, 0, -2, 0, 1}};
+inline constexpr FixedTaps<3> kerSobel_3 = {{1, 2, 1}};
+inline constexpr FixedTaps<5> kerSobel_5 = {{1, 4, 6, 4, 1}};
+inline constexpr FixedTaps<3> kerScharr_3 = {{3, 10, 3}};
+inline constexpr FixedTaps<3> kerAvr_3 = {{1, 1, 1}};
+inline constexpr FixedTaps<5> kerAvr_5 = {{1, 1, 1, 1, 1}};
+inline constexpr FixedTaps<3> kerLap_3 = {{1, 0, 1}};
+inline constexpr FixedTaps<3> kerLapCentre_3 = {{0, 8, 0}};
+
+// Samples from one row of intermediate values to the next. A row of a Laplacian is two of these, one behind the other:
+// of the neighbours' sum and of eight times the sample for 3x3, of kerD2x_5's and of kerSobel_5's argument for 5x5.
 constexpr int intermediateStride(int width) { return (width + 7) & ~7; }
 
-// The samples of a row that lie beside those to filter.
-struct Beside {
-    int before;
-    int behind;
-};
-
-// Filters size.height rows of the source, each extended by the border, into the rows that pRows points to. What lies
-// bytesAhead behind each sample is asked for, if that is not 0.
+// Filters size.height rows of the source, each extended by the border, into the rows that pRows points to.
 template <class Src, class Mid>
-using FixedRowKernel = void(const Src* pSrc, int srcStep, Mid* const* pRows, QelSize size, Beside beside,
-                            Src borderValue, std::ptrdiff_t bytesAhead);
+using FixedRowKernel = void(Plane<const Src> source, Mid* const* pRows, QelSize size, const Border<Src>& border);
 
-// How the images are gone through, by their size.
-enum class Access {
-    kCached,     // they are found in a cache
-    kAhead,      // they are not, and asked for ahead of their turn
-    kStreaming,  // likewise, and stores bypass the cache, unless they add to what is there
+// A routine along rows and what else is to be known of it.
+template <class Src, class Mid>
+struct FixedRows {
+    Kernel<FixedRowKernel<Src, Mid>> kernel;
+    int taps;
+    int halves;   // 2 if its rows are two wide
+    int sums[2];  // of the coefficients that make each half
 };
-
-// The bytes of the source that the row stage takes up next, to be asked for but not read: they may lie beyond its end.
-struct NextRows {
-    const Qel8u* first;
-    int step;
-};
+using Rows8u16s = FixedRows<Qel8u, Qel16s>;
+using Rows32f = FixedRows<Qel32f, Qel32f>;
 
 // Filters columns: row y of the result is made of the rows pRows[y] and on, as many as the kernel has taps. Only a
-// result of type 8s is divided. What comes next may be asked for meanwhile.
+// result of type 8s is divided. Stores may bypass the cache.
 template <class Mid, class Dst>
-using FixedColumnKernel = void(const Mid* const* pRows, Dst* pDst, int dstStep, QelSize size, int divisor,
-                               Access access, const NextRows& next);
+using FixedColumnKernel = void(const Mid* const* pRows, Plane<Dst> dst, QelSize size, int divisor, bool bypassesCache);
+template <class Mid, class Dst>
+using FixedColumns = Kernel<FixedColumnKernel<Mid, Dst>>;
+using Columns16s = FixedColumns<Qel16s, Qel16s>;
+using Columns16s8s = FixedColumns<Qel16s, Qel8s>;
+using Columns16s8u = FixedColumns<Qel16s, Qel8u>;
+using Columns32f = FixedColumns<Qel32f, Qel32f>;
 
-// Entries of the tables of row routines.
-enum RowIndex {
-    kRowDx3,
-    kRowScharr3,
-    kRowDxNeg3,
-    kRowDxNeg5,
-    kRowD2x3,
-    kRowD2x5,
-    kRowSobel3,
-    kRowSobel5,
-    kRowAvr3,
-    kRowAvr5,
-    kRowLaplacian3
-};
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDx_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerScharr_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDxNeg_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDxNeg_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDx2_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDx2_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerSobel_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerSobel_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerAvr_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerAvr_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerLaplacian_W7;
+extern const Rows8u16s ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerLaplacian_W7;
 
-// Entries of the tables of column routines: those of results of type 8u, and all others.
-enum ColumnIndex8u { kColumn8uAvr3, kColumn8uAvr5 };
-enum ColumnIndex {
-    kColumnScharr3,
-    kColumnDx3,
-    kColumnSobel3,
-    kColumnSobel5,
-    kColumnDx5,
-    kColumnD2x3,
-    kColumnD2x5,
-    kColumnLaplacian3,
-    kColumnLaplacian5,
-    kColumnAvr3,
-    kColumnAvr5,
-    kColumnSobelNeg3,
-    kColumnSobelNeg5
-};
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerDx_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerScharr_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerDxNeg_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_5x5_kerDxNeg_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerDx2_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_5x5_kerDx2_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerSobel_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_5x5_kerSobel_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerAvr_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_5x5_kerAvr_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_3x3_kerLaplacian_W7;
+extern const Rows32f ownFilterRowBorderPipeline_32f_C1R_5x5_kerLaplacian_W7;
 
-using Row8u16s = Kernel<FixedRowKernel<Qel8u, Qel16s>>;
-using Row32f = Kernel<FixedRowKernel<Qel32f, Qel32f>>;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_3x3_kerScharr_W7cn;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_3x3_kerDx_W7cn;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_5x5_kerDx_W7cn;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_3x3_kerDx2_W7cn;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_5x5_kerDx2_W7cn;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_3x3_kerSobel_W7cn;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_5x5_kerSobel_W7cn;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_3x3_kerSobelNeg_W7cn;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_5x5_kerSobelNeg_W7cn;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_3x3_kerLaplacian_W7cn;
+extern const Columns16s ownFilterColumnPipeline_16s_C1R_5x5_kerLaplacian_W7cn;
 
-using Column16s = Kernel<FixedColumnKernel<Qel16s, Qel16s>>;
-using Column16s8s = Kernel<FixedColumnKernel<Qel16s, Qel8s>>;
-using Column16s8u = Kernel<FixedColumnKernel<Qel16s, Qel8u>>;
-using Column32f = Kernel<FixedColumnKernel<Qel32f, Qel32f>>;
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerScharr_W7cn;
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx_W7cn;
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx_W7cn;
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx2_W7cn;
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx2_W7cn;
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobel_W7cn;
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobel_W7cn;
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobelNeg_W7cn;
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobelNeg_W7cn;
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_3x3_kerLaplacian_W7cn;
+// This one truncates throughout.
+extern const Columns16s8s ownFilterColumnPipeline_16s8s_C1R_5x5_kerLaplacian_W7cn;
 
-// For each kernel its routines by border mode.
-extern const Row8u16s* const owntabRow_8u16s[];
-extern const Row32f* const owntabRow_32f[];
+extern const Columns16s8u ownFilterColumnPipeline_16s8u_C1R_3x3_kerAvr_W7cn;
+extern const Columns16s8u ownFilterColumnPipeline_16s8u_C1R_5x5_kerAvr_W7cn;
 
-extern const Column16s owntabColumn_8u16s[];
-extern const Column16s8s owntabColumn_8u8s[];
-extern const Column16s8u owntabColumn_8u[];
-extern const Column32f owntabColumn_32f[];
-
-// Turns the rows of a 16-bit Laplacian into 8s: divided, clamped and truncated toward zero.
-using DivideRows = Kernel<void(const Qel16s* pSrc, int srcStep, Qel8s* pDst, int dstStep, QelSize size, int divisor)>;
-extern const DivideRows ownDivide_16s8s_C1R_W7;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_3x3_kerScharr_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_3x3_kerDx_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_5x5_kerDx_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_3x3_kerDx2_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_5x5_kerDx2_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_3x3_kerSobel_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_5x5_kerSobel_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_3x3_kerSobelNeg_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_5x5_kerSobelNeg_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_3x3_kerLaplacian_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_5x5_kerLaplacian_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_3x3_kerAvr_W7cn;
+extern const Columns32f ownFilterColumnPipeline_32f_C1R_5x5_kerAvr_W7cn;
 
 }  // namespace qel
 

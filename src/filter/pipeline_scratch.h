@@ -11,6 +11,11 @@ namespace qel {
 
 constexpr ParallelFrom kSeparable = {.perThread = 1 << 15};
 
+// For what goes to threads by the number of its taps, too.
+inline bool separableInParallel(QelSize roiSize, int kernelSize) {
+    return kSeparable.reachedBy(roiSize) && runsepomp(kernelSize) != 0;
+}
+
 // One equal part for each thread that may run. A part has room for a pointer to each row it may read or write, for
 // `ownBytes` bytes of the pipeline's own, and for moving its start to a multiple of 32.
 class PipelineScratch {

@@ -1,6 +1,7 @@
 #include <atomic>
 
 #include "filter/border_mode.h"
+#include "filter/by_taps.h"
 #include "filter/pipeline_scratch.h"
 #include "filter/row_border_pipeline_kernels.h"
 #include "frame/check.h"
@@ -35,107 +36,50 @@ qelStatus getBufferSize(QelSize roiSize, int kernelSize, int* pBufferSize, OwnBy
     return writeBufferSize(ownBytes.layout(roiSize, kernelSize).bytes(), pBufferSize);
 }
 
-// The kernels for 3 taps, 5 taps and any other number.
-template <class Fn>
-struct BySize {
-    const Kernel<Fn>& three;
-    const Kernel<Fn>& five;
-    const Kernel<Fn>& any;
-
-    template <class Filter>
-    Fn* operator()(Filter& filter, QelSize) const {
-        return filter.kernelSize == 3 ? three : filter.kernelSize == 5 ? five : any;
-    }
-};
-template <class Fn>
-BySize(const Kernel<Fn>&, const Kernel<Fn>&, const Kernel<Fn>&) -> BySize<Fn>;
-
-constexpr BySize ownFilterRowBorderPipeline_8u16s_C3R = {ownFilterRowBorderPipeline_8u16s_C3R_3x3_W7cn,
+constexpr ByTaps ownFilterRowBorderPipeline_8u16s_C3R = {ownFilterRowBorderPipeline_8u16s_C3R_3x3_W7cn,
                                                          ownFilterRowBorderPipeline_8u16s_C3R_5x5_W7cn,
                                                          ownFilterRowBorderPipeline_8u16s_C3R_X_W7cn};
-constexpr BySize ownFilterRowBorderPipeline_16s_C1R = {ownFilterRowBorderPipeline_16s_C1R_3x3_W7cn,
+constexpr ByTaps ownFilterRowBorderPipeline_16s_C1R = {ownFilterRowBorderPipeline_16s_C1R_3x3_W7cn,
                                                        ownFilterRowBorderPipeline_16s_C1R_5x5_W7cn,
                                                        ownFilterRowBorderPipeline_16s_C1R_X_W7cn};
-constexpr BySize ownFilterRowBorderPipeline_16s_C3R = {ownFilterRowBorderPipeline_16s_C3R_3x3_W7cn,
+constexpr ByTaps ownFilterRowBorderPipeline_16s_C3R = {ownFilterRowBorderPipeline_16s_C3R_3x3_W7cn,
                                                        ownFilterRowBorderPipeline_16s_C3R_5x5_W7cn,
                                                        ownFilterRowBorderPipeline_16s_C3R_X_W7cn};
-constexpr BySize ownFilterRowBorderLowPipeline_16s_C3R = {ownFilterRowBorderLowPipeline_16s_C3R_3x3_W7cn,
+constexpr ByTaps ownFilterRowBorderLowPipeline_16s_C3R = {ownFilterRowBorderLowPipeline_16s_C3R_3x3_W7cn,
                                                           ownFilterRowBorderLowPipeline_16s_C3R_5x5_W7cn,
                                                           ownFilterRowBorderLowPipeline_16s_C3R_X_W7cn};
 
-RowKernel_8u16s* ownFilterRowBorderPipeline_8u16s_C1R(RowFilter<Qel8u, Qel16s>& filter, QelSize) {
-    switch (filter.kernelSize) {
-        case 3:
-            return filter.divisor == 1 ? ownFilterRowBorderPipeline_8u16s_C1R_3x3_1_W7cn
-                                       : ownFilterRowBorderPipeline_8u16s_C1R_3x3_W7cn;
-        case 5:
-            return ownFilterRowBorderPipeline_8u16s_C1R_5x5_W7cn;
-        default:
-            return ownFilterRowBorderPipeline_8u16s_C1R_X_W7cn;
-    }
+constexpr ByTaps ownFilterRowBorderPipeline_32f_C3R = {ownFilterRowBorderPipeline_32f_C3R_3x3_W7cn,
+                                                       ownFilterRowBorderPipeline_32f_C3R_5x5_W7cn,
+                                                       ownFilterRowBorderPipeline_32f_C3R_X_W7cn};
+
+RowKernel_8u16s* ownFilterRowBorderPipeline_8u16s_C1R(const RowFilter<Qel8u, Qel16s>& filter, QelSize) {
+    constexpr ByTaps kKernels = {ownFilterRowBorderPipeline_8u16s_C1R_3x3_W7cn,
+                                 ownFilterRowBorderPipeline_8u16s_C1R_5x5_W7cn,
+                                 ownFilterRowBorderPipeline_8u16s_C1R_X_W7cn};
+    if (filter.kernelSize == 3 && filter.divisor == 1) return ownFilterRowBorderPipeline_8u16s_C1R_3x3_1_W7cn;
+    return kKernels.of(filter.kernelSize);
 }
 
-RowKernel_16s* ownFilterRowBorderLowPipeline_16s_C1R(RowFilter<Qel16s, Qel16s>& filter, QelSize rows) {
-    if (filter.kernelSize == 3) return ownFilterRowBorderLowPipeline_16s_C1R_3x3_W7cn;
-    if (filter.kernelSize != 5) return ownFilterRowBorderLowPipeline_16s_C1R_X_W7cn;
-    const bool shifts = filter.borderMode == qelBorderRepl && filter.anchor == 2 && isSymmetric(filter.pKernel, 5) &&
-                        rows.width - filter.anchor > 8 && filter.divisor == 16;
-    if (!shifts) return ownFilterRowBorderLowPipeline_16s_C1R_5x5_W7cn;
-    filter.streaming = area(rows) > 0x80000;
-    return ownFilterRowBorderLowPipeline_16s_C1R_5x5_Repl_SHIFT_W7;
+RowKernel_16s* ownFilterRowBorderLowPipeline_16s_C1R(const RowFilter<Qel16s, Qel16s>& filter, QelSize rows) {
+    constexpr ByTaps kKernels = {ownFilterRowBorderLowPipeline_16s_C1R_3x3_W7cn,
+                                 ownFilterRowBorderLowPipeline_16s_C1R_5x5_W7cn,
+                                 ownFilterRowBorderLowPipeline_16s_C1R_X_W7cn};
+    const bool shifts = filter.kernelSize == 5 && filter.borderMode == qelBorderRepl && filter.anchor == 2 &&
+                        isSymmetric(filter.pKernel, 5) && rows.width - filter.anchor > 8 && filter.divisor == 16;
+    return shifts ? ownFilterRowBorderLowPipeline_16s_C1R_5x5_Repl_SHIFT_W7 : kKernels.of(filter.kernelSize);
 }
 
-using Kernels_32f = const Kernel<RowKernel_32f>* const[5];
-
-// By border mode. A border of one sample is the same whether the edge sample is replicated or mirrored.
-constexpr Kernels_32f owntabRow_3x3_32f = {
-    &ownFilterRowBorderPipeline_32f_C1R_3x3_Const_W7, &ownFilterRowBorderPipeline_32f_C1R_3x3_Repl_W7,
-    &ownFilterRowBorderPipeline_32f_C1R_3x3_Wrap_W7, &ownFilterRowBorderPipeline_32f_C1R_3x3_Mirr_W7,
-    &ownFilterRowBorderPipeline_32f_C1R_3x3_Repl_W7};
-constexpr Kernels_32f owntabRow_5x5_32f = {
-    &ownFilterRowBorderPipeline_32f_C1R_5x5_Const_W7, &ownFilterRowBorderPipeline_32f_C1R_5x5_Repl_W7,
-    &ownFilterRowBorderPipeline_32f_C1R_5x5_Wrap_W7, &ownFilterRowBorderPipeline_32f_C1R_5x5_Mirr_W7,
-    &ownFilterRowBorderPipeline_32f_C1R_5x5_MirrR_W7};
-constexpr Kernels_32f owntabRow_5x5_32f_sym = {
-    &ownFilterRowBorderPipeline_32f_C1R_5x5_Const_W7_sym, &ownFilterRowBorderPipeline_32f_C1R_5x5_Repl_W7_sym,
-    &ownFilterRowBorderPipeline_32f_C1R_5x5_Wrap_W7_sym, &ownFilterRowBorderPipeline_32f_C1R_5x5_Mirr_W7_sym,
-    &ownFilterRowBorderPipeline_32f_C1R_5x5_MirrR_W7_sym};
-
-RowKernel_32f* ownFilterRowBorderPipeline_32f_C1R_3x3(const RowFilter<Qel32f, Qel32f>& filter, int width) {
-    if (width > 18 && filter.anchor == 1) return *owntabRow_3x3_32f[filter.borderMode];
-    return ownFilterRowBorderPipeline_32f_C1R_3x3_W7cn;
-}
-
-RowKernel_32f* ownFilterRowBorderPipeline_32f_C1R_5x5(const RowFilter<Qel32f, Qel32f>& filter, int width) {
-    if (width > 16 && filter.anchor == 2) {
-        const Kernels_32f& table = isSymmetric(filter.pKernel, 5) ? owntabRow_5x5_32f_sym : owntabRow_5x5_32f;
-        return *table[filter.borderMode];
-    }
-    return ownFilterRowBorderPipeline_32f_C1R_5x5_W7cn;
-}
-
-RowKernel_32f* ownFilterRowBorderPipeline_32f_C1R(RowFilter<Qel32f, Qel32f>& filter, QelSize rows) {
-    filter.streaming = outgrowsCache(2 * sizeof(Qel32f), rows);
-    switch (filter.kernelSize) {
-        case 3:
-            return ownFilterRowBorderPipeline_32f_C1R_3x3(filter, rows.width);
-        case 5:
-            return ownFilterRowBorderPipeline_32f_C1R_5x5(filter, rows.width);
-        default:
-            return ownFilterRowBorderPipeline_32f_C1R_X_W7cn;
-    }
-}
-
-RowKernel_32f* ownFilterRowBorderPipeline_32f_C3R(RowFilter<Qel32f, Qel32f>& filter, QelSize rows) {
-    filter.streaming = outgrowsCache(3 * 2 * sizeof(Qel32f), rows);
-    switch (filter.kernelSize) {
-        case 3:
-            return ownFilterRowBorderPipeline_32f_C3R_3x3_W7cn;
-        case 5:
-            return ownFilterRowBorderPipeline_32f_C3R_5x5_W7cn;
-        default:
-            return ownFilterRowBorderPipeline_32f_C3R_X_W7cn;
-    }
+RowKernel_32f* ownFilterRowBorderPipeline_32f_C1R(const RowFilter<Qel32f, Qel32f>& filter, QelSize rows) {
+    constexpr ByTaps kKernels = {ownFilterRowBorderPipeline_32f_C1R_3x3_W7cn,
+                                 ownFilterRowBorderPipeline_32f_C1R_5x5_W7cn,
+                                 ownFilterRowBorderPipeline_32f_C1R_X_W7cn};
+    if (filter.kernelSize == 3 && rows.width > 18 && filter.anchor == 1)
+        return ownFilterRowBorderPipeline_32f_C1R_3x3_W7;
+    if (filter.kernelSize == 5 && rows.width > 16 && filter.anchor == 2)
+        return isSymmetric(filter.pKernel, 5) ? ownFilterRowBorderPipeline_32f_C1R_5x5_W7_sym
+                                              : ownFilterRowBorderPipeline_32f_C1R_5x5_W7;
+    return kKernels.of(filter.kernelSize);
 }
 
 // Rows ahead of the first without a pointer.
@@ -146,12 +90,12 @@ int rowsAheadOfNull(Out* const* pRowDst, int height) {
     return rows;
 }
 
-// Filters each row of the region. pick(filter, rows) chooses the kernel for a thread's rows and completes the filter. A
-// thread stops at a null row pointer.
-template <class T, class Out, class K, class Pick>
+// Filters each row of the region by the kernel that choose(filter, rows) gives for a thread's rows. A thread stops at a
+// null row pointer.
+template <class T, class Out, class K, class Choose>
 qelStatus filterRows(const T* pSrc, int srcStep, Out* const* pRowDst, QelSize roiSize, int channels,
                      const RowFilter<T, K>& filter, Qel8u* pBuffer, OwnBytes ownBytes, bool worthThreads,
-                     const Pick& pick) {
+                     const Choose& choose) {
     const qelStatus status =
         Check()
             .pointers(pSrc, pRowDst, filter.pKernel, pBuffer)
@@ -173,7 +117,8 @@ qelStatus filterRows(const T* pSrc, int srcStep, Out* const* pRowDst, QelSize ro
         if (height < s.size.height) complete = false;
         if (height == 0) return;
         RowFilter<T, K> own = filter;
-        RowKernel<T, Out, K>* const kernel = pick(own, s.size);
+        own.streaming = outgrowsCache(channels * int{sizeof(T) + sizeof(Out)}, s.size);
+        RowKernel<T, Out, K>* const kernel = choose(filter, s.size);
         kernel(row(pSrc, srcStep, s.y), srcStep, rows, {s.size.width, height}, own, scratch.part(pBuffer, s.thread));
     });
     return complete ? qelStatusOk : qelStatusNullPointer;
@@ -182,12 +127,12 @@ qelStatus filterRows(const T* pSrc, int srcStep, Out* const* pRowDst, QelSize ro
 }  // namespace
 }  // namespace qel
 
-#define FILTER_ROWS_C1(name, T, Out, worthThreads, ownBytes, pick)                                                 \
-    qelStatus name(const T* pSrc, int srcStep, Out* const* pRowDst, QelSize roiSize, const Qel16s* pKernel,        \
-                   int kernelSize, int anchor, int borderMode, T borderValue, int divisor, Qel8u* pBuffer) {       \
-        const qel::RowFilter<T, Qel16s> filter = {pKernel,      kernelSize, anchor, borderMode,                    \
-                                                  &borderValue, divisor,    false};                                \
-        return qel::filterRows(pSrc, srcStep, pRowDst, roiSize, 1, filter, pBuffer, ownBytes, worthThreads, pick); \
+#define FILTER_ROWS_C1(name, T, Out, worthThreads, ownBytes, choose)                                                 \
+    qelStatus name(const T* pSrc, int srcStep, Out* const* pRowDst, QelSize roiSize, const Qel16s* pKernel,          \
+                   int kernelSize, int anchor, int borderMode, T borderValue, int divisor, Qel8u* pBuffer) {         \
+        const qel::RowFilter<T, Qel16s> filter = {pKernel,      kernelSize, anchor, borderMode,                      \
+                                                  &borderValue, divisor,    false};                                  \
+        return qel::filterRows(pSrc, srcStep, pRowDst, roiSize, 1, filter, pBuffer, ownBytes, worthThreads, choose); \
     }
 FILTER_ROWS_C1(qeliFilterRowBorderPipeline_8u16s_C1R, Qel8u, Qel16s, true, qel::kOwnBytes_8u16s_C1R,
                qel::ownFilterRowBorderPipeline_8u16s_C1R)
@@ -197,12 +142,12 @@ FILTER_ROWS_C1(qeliFilterRowBorderPipeline_Low_16s_C1R, Qel16s, Qel16s, true, qe
                qel::ownFilterRowBorderLowPipeline_16s_C1R)
 #undef FILTER_ROWS_C1
 
-#define FILTER_ROWS_C3(name, T, Out, ownBytes, pick)                                                                 \
+#define FILTER_ROWS_C3(name, T, Out, ownBytes, choose)                                                               \
     qelStatus name(const T* pSrc, int srcStep, Out* const* pRowDst, QelSize roiSize, const Qel16s* pKernel,          \
                    int kernelSize, int anchor, int borderMode, const T* pBorderValue, int divisor, Qel8u* pBuffer) { \
         const qel::RowFilter<T, Qel16s> filter = {pKernel,      kernelSize, anchor, borderMode,                      \
                                                   pBorderValue, divisor,    false};                                  \
-        return qel::filterRows(pSrc, srcStep, pRowDst, roiSize, 3, filter, pBuffer, ownBytes, true, pick);           \
+        return qel::filterRows(pSrc, srcStep, pRowDst, roiSize, 3, filter, pBuffer, ownBytes, true, choose);         \
     }
 FILTER_ROWS_C3(qeliFilterRowBorderPipeline_8u16s_C3R, Qel8u, Qel16s, qel::kOwnBytes_8u16s_C3R,
                qel::ownFilterRowBorderPipeline_8u16s_C3R)

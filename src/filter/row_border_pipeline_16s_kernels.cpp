@@ -3,6 +3,7 @@
 
 #define HWY_TARGET_INCLUDE "filter/row_border_pipeline_16s_kernels.cpp"
 #include "filter/row_border_pipeline-inl.h"
+#include "filter/taps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qel {
@@ -28,14 +29,32 @@ HWY_INLINE hn::Vec<D> times(D d, Samples<D> sample, float k) {
 template <int kTaps>
 using FloatKernel = Coefficients<kTaps, float>;
 
-// The orders of summation. Each is a documented result. They give n vectors of sums at once.
-template <int kSize>
-struct InTapOrder {
-    static constexpr size_t kVectors = kSize == 0 ? 4 : 1;
+// What an order of summation adds up. Two samples add up without loss.
+template <class D, int kSize>
+struct Terms {
+    const Qel16s* s;
+    int channels;
+    const FloatKernel<kSize>& k;
 
-    template <size_t n, class D>
-    static HWY_INLINE void sums(Vectors<n> vectors, D d, const Qel16s* s, int channels, const FloatKernel<kSize>& k,
-                                hn::Vec<D>* sum) {
+    HWY_INLINE int size() const { return k.size(); }
+    HWY_INLINE hn::Vec<D> operator()(int tap) const { return times(D(), sample(tap), k[tap]); }
+    HWY_INLINE hn::Vec<D> pair(int a, int b) const { return times(D(), hn::Add(sample(a), sample(b)), k[a]); }
+
+private:
+    HWY_INLINE Samples<D> sample(int tap) const { return samples(D(), s + tap * channels); }
+};
+
+// Vectors of sums that are formed at once. Those of long kernels share the coefficients.
+template <class Order>
+constexpr size_t kVectors = Order::kTaps == 0 ? 4 : 1;
+
+template <class Order, size_t n, class D>
+HWY_INLINE void sumsOf(Vectors<n> vectors, D d, const Qel16s* s, int channels, const FloatKernel<Order::kTaps>& k,
+                       hn::Vec<D>* sum) {
+    if constexpr (n == 1) {
+        *sum = Order::sum(Terms<D, Order::kTaps>{s, channels, k});
+    } else {
+        static_assert(std::is_same_v<Order, InTapOrder<0>>);
         const auto product = [&](int i, size_t v, auto coefficient) HWY_ATTR {
             return hn::Mul(hn::ConvertTo(d, samples(d, s + i * channels + v * hn::Lanes(d))), coefficient);
         };
@@ -48,39 +67,7 @@ struct InTapOrder {
             forEachVector(vectors, [&](size_t v) HWY_ATTR { sum[v] = hn::Add(sum[v], product(i, v, a)); });
         }
     }
-};
-
-// From the outside in.
-template <int kSize>
-struct Inwards {
-    static constexpr size_t kVectors = 1;
-
-    template <class D>
-    static HWY_INLINE void sums(Vectors<1>, D d, const Qel16s* s, int channels, const FloatKernel<kSize>& k,
-                                hn::Vec<D>* sum) {
-        const auto term = [&](int i) HWY_ATTR { return times(d, samples(d, s + i * channels), k[i]); };
-        *sum = hn::Add(term(0), term(kSize - 1));
-        if constexpr (kSize == 5) *sum = hn::Add(*sum, hn::Add(term(1), term(3)));
-        *sum = hn::Add(*sum, term(kSize / 2));
-    }
-};
-
-// As Inwards for symmetric kernels: what has the same coefficient is added first.
-template <int kSize>
-struct Folded {
-    static constexpr size_t kVectors = 1;
-
-    template <class D>
-    static HWY_INLINE void sums(Vectors<1>, D d, const Qel16s* s, int channels, const FloatKernel<kSize>& k,
-                                hn::Vec<D>* sum) {
-        const auto pair = [&](int i, int j) HWY_ATTR {
-            return times(d, hn::Add(samples(d, s + i * channels), samples(d, s + j * channels)), k[i]);
-        };
-        *sum = pair(0, kSize - 1);
-        if constexpr (kSize == 5) *sum = hn::Add(*sum, pair(1, 3));
-        *sum = hn::Add(*sum, times(d, samples(d, s + kSize / 2 * channels), k[kSize / 2]));
-    }
-};
+}
 
 template <class D, class VI>
 HWY_INLINE void store16s(D, VI v, Qel16s* out) {
@@ -108,7 +95,7 @@ template <class Order, class Rounding, size_t n, class D, int kSize>
 HWY_INLINE void storeResults(Vectors<n> vectors, D d, const Qel16s* s, int channels, const FloatKernel<kSize>& k,
                              Qel16s* out) {
     hn::Vec<D> sums[n];
-    Order::sums(vectors, d, s, channels, k, sums);
+    sumsOf<Order>(vectors, d, s, channels, k, sums);
     forEachVector(vectors,
                   [&](size_t v) HWY_ATTR { store16s(d, Rounding::round(d, sums[v]), out + v * hn::Lanes(d)); });
 }
@@ -126,7 +113,7 @@ HWY_NOINLINE void edgeResults(const Qel16s* s, int channels, const FloatKernel<k
                               size_t count) {
     forVectors(hn::CappedTag<float, RowStrips<Qel16s>::kGroup>(), count, [&](auto d, size_t x) HWY_ATTR {
         hn::Vec<decltype(d)> sum;
-        InTapOrder<kSize>::sums(Vectors<1>(), d, s + x, channels, k, &sum);
+        sumsOf<InTapOrder<kSize>>(Vectors<1>(), d, s + x, channels, k, &sum);
         const auto quotient = clamped16s(d, hn::Mul(sum, hn::Set(d, reciprocal)));
         store16s(d, hn::ConvertTo(hn::RebindToSigned<decltype(d)>(), quotient), out + x);
     });
@@ -156,7 +143,7 @@ HWY_NOINLINE void filterRowsBy(const Qel16s* pSrc, int srcStep, Qel16s* const* p
                 count = left.groups;
             }
             forOverlapping(
-                Vectors<Order::kVectors>(), hn::ScalableTag<float>(), out, count,
+                Vectors<kVectors<Order>>(), hn::ScalableTag<float>(), out, count,
                 [&](auto d, size_t x, auto vectors)
                     HWY_ATTR { storeResults<Order, Rounding>(vectors, d, src + x, channels, k, out + x); },
                 [&]() HWY_ATTR { fewResults<Order, Rounding>(src, channels, k, out, count); });

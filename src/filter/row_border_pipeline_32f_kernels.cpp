@@ -15,51 +15,26 @@ using Filter = RowFilter<Qel32f, Qel32f>;
 template <int kTaps>
 using Kernel32f = Coefficients<kTaps, Qel32f>;
 
-// The orders of summation. Each is a documented result.
-template <int kSize>
-struct InTapOrder {
-    static constexpr int kTaps = kSize;
+// What an order of summation adds up.
+template <class D, class Samples, int kTaps>
+struct Terms {
+    const Samples& s;
+    const Kernel32f<kTaps>& k;
 
-    template <class D, class Samples>
-    static HWY_INLINE hn::Vec<D> sum(D d, const Samples& s, const Kernel32f<kTaps>& k) {
-        const auto term = [&](int tap) QEL_INLINE_LAMBDA { return hn::Mul(s(tap), hn::Set(d, k[tap])); };
-        auto sum = term(0);
-        if constexpr (kSize == 0) {
-            const int taps = k.size();
-            for (int i = 1; i < taps; ++i) sum = hn::Add(sum, term(i));
-        } else {
-            sum = hn::Add(hn::Add(sum, term(1)), term(2));
-            if constexpr (kSize == 5) sum = hn::Add(hn::Add(sum, term(3)), term(4));
-        }
-        return sum;
+    HWY_INLINE int size() const { return k.size(); }
+    template <class TapOrInt>
+    HWY_INLINE hn::Vec<D> operator()(TapOrInt tap) const {
+        return hn::Mul(s(tap), hn::Set(D(), k[tap]));
+    }
+    template <int a, int b>
+    HWY_INLINE hn::Vec<D> pair(Tap<a>, Tap<b>) const {
+        return hn::Mul(hn::Add(s(Tap<a>()), s(Tap<b>())), hn::Set(D(), k[a]));
     }
 };
-
-// From the outside in.
-template <int kSize>
-struct Inwards {
-    static constexpr int kTaps = kSize;
-
-    template <class D, class Samples>
-    static HWY_INLINE hn::Vec<D> sum(D d, const Samples& s, const Kernel32f<kTaps>& k) {
-        const auto term = [&](int tap) QEL_INLINE_LAMBDA { return hn::Mul(s(tap), hn::Set(d, k[tap])); };
-        auto sum = hn::Add(term(0), term(kSize - 1));
-        if constexpr (kSize == 5) sum = hn::Add(sum, hn::Add(term(1), term(3)));
-        return hn::Add(sum, term(kSize / 2));
-    }
-};
-
-// Five taps of a symmetric kernel: what has the same coefficient is added first.
-struct Folded5 {
-    static constexpr int kTaps = 5;
-
-    template <class D, class Samples>
-    static HWY_INLINE hn::Vec<D> sum(D d, const Samples& s, const Kernel32f<kTaps>& k) {
-        const auto outer = hn::Mul(hn::Add(s(0), s(4)), hn::Set(d, k[0]));
-        const auto inner = hn::Mul(hn::Add(s(1), s(3)), hn::Set(d, k[1]));
-        return hn::Add(hn::Add(outer, inner), hn::Mul(s(2), hn::Set(d, k[2])));
-    }
-};
+template <class Order, class D, class Samples>
+HWY_INLINE hn::Vec<D> sumOf(D, const Samples& s, const Kernel32f<Order::kTaps>& k) {
+    return Order::sum(Terms<D, Samples, Order::kTaps>{s, k});
+}
 
 // The first tap, then two that are added up before they join the sum, then one, then two, and so on. Several vectors of
 // sums share the coefficients.
@@ -100,8 +75,8 @@ struct InThrees {
     static HWY_INLINE void sums(Vectors<2>, D d, Joined<D, kChannels> s, const Kernel32f<0>& k, hn::Vec<D>* sum) {
         const Qel32f* taps = k.taps();
         const auto first = hn::Set(d, *taps);
-        auto sum0 = hn::Mul(s(0), first);
-        auto sum1 = hn::Mul(s.vector(1)(0), first);
+        auto sum0 = hn::Mul(s(Tap<0>()), first);
+        auto sum1 = hn::Mul(s.vector(1)(Tap<0>()), first);
         for (int left = k.size() - 1; left > 0; left -= kTogether) {
             addFrom<1>(d, s, taps, left, sum0, sum1);
             s.first += kTogether * kChannels;
@@ -120,20 +95,20 @@ private:
     static HWY_INLINE void addFrom(D d, const Samples& s, const Qel32f* taps, int left, V& sum0, V& sum1) {
         if constexpr (kTap < kTogether) {
             const auto a = hn::Set(d, taps[kTap]);
-            const auto one0 = hn::Mul(s.template at<kTap>(), a);
-            const auto one1 = hn::Mul(s.vector(1).template at<kTap>(), a);
+            const auto one0 = hn::Mul(s(Tap<kTap>()), a);
+            const auto one1 = hn::Mul(s.vector(1)(Tap<kTap>()), a);
             if (left == 1) {
                 sum0 = hn::Add(sum0, one0);
                 sum1 = hn::Add(sum1, one1);
                 return;
             }
             const auto b = hn::Set(d, taps[kTap + 1]);
-            sum0 = hn::Add(sum0, hn::Add(one0, hn::Mul(s.template at<kTap + 1>(), b)));
-            sum1 = hn::Add(sum1, hn::Add(one1, hn::Mul(s.vector(1).template at<kTap + 1>(), b)));
+            sum0 = hn::Add(sum0, hn::Add(one0, hn::Mul(s(Tap<kTap + 1>()), b)));
+            sum1 = hn::Add(sum1, hn::Add(one1, hn::Mul(s.vector(1)(Tap<kTap + 1>()), b)));
             if (left == 2) return;
             const auto c = hn::Set(d, taps[kTap + 2]);
-            sum0 = hn::Add(sum0, hn::Mul(s.template at<kTap + 2>(), c));
-            sum1 = hn::Add(sum1, hn::Mul(s.vector(1).template at<kTap + 2>(), c));
+            sum0 = hn::Add(sum0, hn::Mul(s(Tap<kTap + 2>()), c));
+            sum1 = hn::Add(sum1, hn::Mul(s.vector(1)(Tap<kTap + 2>()), c));
             if (left > 3) addFrom<kTap + 3>(d, s, taps, left - 3, sum0, sum1);
         }
     }
@@ -151,7 +126,7 @@ HWY_INLINE void sumsOf(Vectors<n> vectors, D d, const Samples& s, const Kernel32
     if constexpr (Order::kTaps == 0) {
         Order::sums(vectors, d, s, k, sums);
     } else {
-        forEachVector(vectors, [&](size_t v) HWY_ATTR { sums[v] = Order::sum(d, s.vector(v), k); });
+        forEachVector(vectors, [&](size_t v) HWY_ATTR { sums[v] = sumOf<Order>(d, s.vector(v), k); });
     }
 }
 
@@ -211,7 +186,7 @@ HWY_INLINE void interiorResults(const Qel32f* src, const Kernel32f<Order::kTaps>
 
 template <class Order, int kChannels, class D>
 HWY_INLINE void storeSum(D d, const Qel32f* s, const Kernel32f<Order::kTaps>& k, Qel32f* out) {
-    hn::StoreU(Order::sum(d, Loaded<D, Qel32f, kChannels>{s}, k), d, out);
+    hn::StoreU(sumOf<Order>(d, Loaded<D, Qel32f, kChannels>{s}, k), d, out);
 }
 
 template <int kChannels, int kTaps>
@@ -246,7 +221,7 @@ void filterRows(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSize
     } else if constexpr (kSize == 3) {
         run(Inwards<3>());
     } else {
-        isSymmetric(filter.pKernel, 5) ? run(Folded5()) : run(Inwards<5>());
+        isSymmetric(filter.pKernel, 5) ? run(Folded<5>()) : run(Inwards<5>());
     }
 }
 
@@ -255,20 +230,20 @@ HWY_NOINLINE void interiorOfImage(const Qel32f* src, const Qel32f* k, Qel32f* ou
     interiorResults<Order, 1, kStreaming>(src, Kernel32f<Order::kTaps>(k, Order::kTaps), out, count);
 }
 
-// A whole image by a kernel around its middle, one order for the ends of a row and all between them. The row is wide
-// enough to have both ends apart.
-template <class Order, int kBorderMode>
+// A whole image by a kernel around its middle, one order for the ends of a row and all between them.
+template <class Order>
 void filterImage(const Qel32f* pSrc, int srcStep, Qel32f* const* pRowDst, QelSize size, const Filter& filter, void*) {
     constexpr int kReach = Order::kTaps / 2;
     const hn::CappedTag<Qel32f, 1> one;
     const Kernel32f<Order::kTaps> k(filter.pKernel, Order::kTaps);
-    const Qel32f borderValue = kBorderMode == qelBorderConst ? *filter.pBorderValue : 0;
+    const Qel32f borderValue = filter.borderMode == qelBorderConst ? *filter.pBorderValue : 0;
+    const RowEnds<kReach, Qel32f> ends({filter.borderMode, borderValue}, size.width);
     for (int y = 0; y < size.height; ++y) {
         const Qel32f* const s = row(pSrc, srcStep, y);
         Qel32f* const out = pRowDst[y];
-        forEnds<Order::kTaps, kBorderMode>(s, size.width, borderValue, [&](int x, const auto& samples) HWY_ATTR {
+        ends.forEach(s, [&](int x, const auto& samples) HWY_ATTR {
             const auto sample = [&](int tap) HWY_ATTR { return hn::Set(one, samples(tap)); };
-            out[x] = hn::GetLane(Order::sum(one, sample, k));
+            out[x] = hn::GetLane(sumOf<Order>(one, sample, k));
         });
         const size_t count = size_t(size.width - 2 * kReach);
         filter.streaming ? interiorOfImage<Order, true>(s, filter.pKernel, out + kReach, count)
@@ -286,20 +261,9 @@ constexpr auto& ownFilterRowBorderPipeline_32f_C3R_3x3_W7cn = filterRows<3, 3>;
 constexpr auto& ownFilterRowBorderPipeline_32f_C3R_5x5_W7cn = filterRows<3, 5>;
 constexpr auto& ownFilterRowBorderPipeline_32f_C3R_X_W7cn = filterRows<3, 0>;
 
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_3x3_Const_W7 = filterImage<InTapOrder<3>, qelBorderConst>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_3x3_Repl_W7 = filterImage<InTapOrder<3>, qelBorderRepl>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_3x3_Wrap_W7 = filterImage<InTapOrder<3>, qelBorderWrap>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_3x3_Mirr_W7 = filterImage<InTapOrder<3>, qelBorderMirr>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_Const_W7 = filterImage<InTapOrder<5>, qelBorderConst>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_Repl_W7 = filterImage<InTapOrder<5>, qelBorderRepl>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_Wrap_W7 = filterImage<InTapOrder<5>, qelBorderWrap>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_Mirr_W7 = filterImage<InTapOrder<5>, qelBorderMirr>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_MirrR_W7 = filterImage<InTapOrder<5>, qelBorderMirrR>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_Const_W7_sym = filterImage<Folded5, qelBorderConst>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_Repl_W7_sym = filterImage<Folded5, qelBorderRepl>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_Wrap_W7_sym = filterImage<Folded5, qelBorderWrap>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_Mirr_W7_sym = filterImage<Folded5, qelBorderMirr>;
-constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_MirrR_W7_sym = filterImage<Folded5, qelBorderMirrR>;
+constexpr auto& ownFilterRowBorderPipeline_32f_C1R_3x3_W7 = filterImage<InTapOrder<3>>;
+constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_W7 = filterImage<InTapOrder<5>>;
+constexpr auto& ownFilterRowBorderPipeline_32f_C1R_5x5_W7_sym = filterImage<Folded<5>>;
 
 }  // namespace HWY_NAMESPACE
 }  // namespace qel
@@ -313,19 +277,8 @@ QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_X_W7cn);
 QEL_KERNEL(ownFilterRowBorderPipeline_32f_C3R_3x3_W7cn);
 QEL_KERNEL(ownFilterRowBorderPipeline_32f_C3R_5x5_W7cn);
 QEL_KERNEL(ownFilterRowBorderPipeline_32f_C3R_X_W7cn);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_3x3_Const_W7);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_3x3_Repl_W7);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_3x3_Wrap_W7);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_3x3_Mirr_W7);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_Const_W7);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_Repl_W7);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_Wrap_W7);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_Mirr_W7);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_MirrR_W7);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_Const_W7_sym);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_Repl_W7_sym);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_Wrap_W7_sym);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_Mirr_W7_sym);
-QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_MirrR_W7_sym);
+QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_3x3_W7);
+QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_W7);
+QEL_KERNEL(ownFilterRowBorderPipeline_32f_C1R_5x5_W7_sym);
 }  // namespace qel
 #endif

@@ -66,21 +66,10 @@ extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C3R_3x3_W7cn;
 extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C3R_5x5_W7cn;
 extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C3R_X_W7cn;
 
-// Whole images by a centred kernel, one for each border mode.
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_3x3_Const_W7;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_3x3_Repl_W7;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_3x3_Wrap_W7;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_3x3_Mirr_W7;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_Const_W7;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_Repl_W7;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_Wrap_W7;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_Mirr_W7;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_MirrR_W7;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_Const_W7_sym;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_Repl_W7_sym;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_Wrap_W7_sym;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_Mirr_W7_sym;
-extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_MirrR_W7_sym;
+// Whole images by a centred kernel: _sym is for symmetric ones.
+extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_3x3_W7;
+extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_W7;
+extern const Kernel<RowKernel_32f> ownFilterRowBorderPipeline_32f_C1R_5x5_W7_sym;
 
 }  // namespace qel
 

@@ -165,7 +165,7 @@ void filterRowsShifted(const Qel16s* pSrc, int srcStep, Qel16s* const* pRowDst, 
 
 void filterRowsShifted(const Qel16s* pSrc, int srcStep, Qel16s* const* pRowDst, QelSize size, const Filter& filter,
                        void*) {
-    if (filter.streaming) {
+    if (area(size) > 0x80000) {
         filterRowsShifted<true>(pSrc, srcStep, pRowDst, size, filter);
     } else {
         filterRowsShifted<false>(pSrc, srcStep, pRowDst, size, filter);

@@ -4,16 +4,99 @@
 namespace qel {
 namespace {
 
-constexpr FixedFilters kSobelHoriz = {{kRowSobel3, kColumnDx3}, {kRowSobel5, kColumnDx5}};
-constexpr FixedFilters kSobelVert = {{kRowDxNeg3, kColumnSobel3}, {kRowDxNeg5, kColumnSobel5}};
-constexpr FixedFilters kSobelNegVert = {{kRowDxNeg3, kColumnSobelNeg3}, {kRowDxNeg5, kColumnSobelNeg5}};
-constexpr FixedFilters kSobelHorizSecond = {{kRowSobel3, kColumnD2x3}, {kRowSobel5, kColumnD2x5}};
-constexpr FixedFilters kSobelVertSecond = {{kRowD2x3, kColumnSobel3}, {kRowD2x5, kColumnSobel5}};
-constexpr FixedFilters kSobelCross = {{kRowDxNeg3, kColumnDx3}, {kRowDxNeg5, kColumnDx5}};
+constexpr FixedFilter<Qel32f, Qel32f, Qel32f> kSobelHoriz_32f[] = {
+    {ownFilterRowBorderPipeline_32f_C1R_3x3_kerSobel_W7, ownFilterColumnPipeline_32f_C1R_3x3_kerDx_W7cn},
+    {ownFilterRowBorderPipeline_32f_C1R_5x5_kerSobel_W7, ownFilterColumnPipeline_32f_C1R_5x5_kerDx_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel16s> kSobelHoriz_8u16s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerSobel_W7, ownFilterColumnPipeline_16s_C1R_3x3_kerDx_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerSobel_W7, ownFilterColumnPipeline_16s_C1R_5x5_kerDx_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel8s> kSobelHoriz_8u8s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerSobel_W7, ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerSobel_W7, ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx_W7cn},
+};
+
+constexpr FixedFilter<Qel32f, Qel32f, Qel32f> kSobelVert_32f[] = {
+    {ownFilterRowBorderPipeline_32f_C1R_3x3_kerDxNeg_W7, ownFilterColumnPipeline_32f_C1R_3x3_kerSobel_W7cn},
+    {ownFilterRowBorderPipeline_32f_C1R_5x5_kerDxNeg_W7, ownFilterColumnPipeline_32f_C1R_5x5_kerSobel_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel16s> kSobelVert_8u16s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDxNeg_W7, ownFilterColumnPipeline_16s_C1R_3x3_kerSobel_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDxNeg_W7, ownFilterColumnPipeline_16s_C1R_5x5_kerSobel_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel8s> kSobelVert_8u8s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDxNeg_W7, ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobel_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDxNeg_W7, ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobel_W7cn},
+};
+
+constexpr FixedFilter<Qel32f, Qel32f, Qel32f> kSobelNegVert_32f[] = {
+    {ownFilterRowBorderPipeline_32f_C1R_3x3_kerDxNeg_W7, ownFilterColumnPipeline_32f_C1R_3x3_kerSobelNeg_W7cn},
+    {ownFilterRowBorderPipeline_32f_C1R_5x5_kerDxNeg_W7, ownFilterColumnPipeline_32f_C1R_5x5_kerSobelNeg_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel16s> kSobelNegVert_8u16s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDxNeg_W7, ownFilterColumnPipeline_16s_C1R_3x3_kerSobelNeg_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDxNeg_W7, ownFilterColumnPipeline_16s_C1R_5x5_kerSobelNeg_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel8s> kSobelNegVert_8u8s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDxNeg_W7, ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobelNeg_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDxNeg_W7, ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobelNeg_W7cn},
+};
+
+constexpr FixedFilter<Qel32f, Qel32f, Qel32f> kSobelHorizSecond_32f[] = {
+    {ownFilterRowBorderPipeline_32f_C1R_3x3_kerSobel_W7, ownFilterColumnPipeline_32f_C1R_3x3_kerDx2_W7cn},
+    {ownFilterRowBorderPipeline_32f_C1R_5x5_kerSobel_W7, ownFilterColumnPipeline_32f_C1R_5x5_kerDx2_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel16s> kSobelHorizSecond_8u16s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerSobel_W7, ownFilterColumnPipeline_16s_C1R_3x3_kerDx2_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerSobel_W7, ownFilterColumnPipeline_16s_C1R_5x5_kerDx2_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel8s> kSobelHorizSecond_8u8s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerSobel_W7, ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx2_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerSobel_W7, ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx2_W7cn},
+};
+
+constexpr FixedFilter<Qel32f, Qel32f, Qel32f> kSobelVertSecond_32f[] = {
+    {ownFilterRowBorderPipeline_32f_C1R_3x3_kerDx2_W7, ownFilterColumnPipeline_32f_C1R_3x3_kerSobel_W7cn},
+    {ownFilterRowBorderPipeline_32f_C1R_5x5_kerDx2_W7, ownFilterColumnPipeline_32f_C1R_5x5_kerSobel_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel16s> kSobelVertSecond_8u16s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDx2_W7, ownFilterColumnPipeline_16s_C1R_3x3_kerSobel_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDx2_W7, ownFilterColumnPipeline_16s_C1R_5x5_kerSobel_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel8s> kSobelVertSecond_8u8s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDx2_W7, ownFilterColumnPipeline_16s8s_C1R_3x3_kerSobel_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDx2_W7, ownFilterColumnPipeline_16s8s_C1R_5x5_kerSobel_W7cn},
+};
+
+constexpr FixedFilter<Qel32f, Qel32f, Qel32f> kSobelCross_32f[] = {
+    {ownFilterRowBorderPipeline_32f_C1R_3x3_kerDxNeg_W7, ownFilterColumnPipeline_32f_C1R_3x3_kerDx_W7cn},
+    {ownFilterRowBorderPipeline_32f_C1R_5x5_kerDxNeg_W7, ownFilterColumnPipeline_32f_C1R_5x5_kerDx_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel16s> kSobelCross_8u16s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDxNeg_W7, ownFilterColumnPipeline_16s_C1R_3x3_kerDx_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDxNeg_W7, ownFilterColumnPipeline_16s_C1R_5x5_kerDx_W7cn},
+};
+
+constexpr FixedFilter<Qel8u, Qel16s, Qel8s> kSobelCross_8u8s[] = {
+    {ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerDxNeg_W7, ownFilterColumnPipeline_16s8s_C1R_3x3_kerDx_W7cn},
+    {ownFilterRowBorderPipeline_8u16s_C1R_5x5_kerDxNeg_W7, ownFilterColumnPipeline_16s8s_C1R_5x5_kerDx_W7cn},
+};
 
 // Two members have a size of their own.
-constexpr FixedScratch kSobelHoriz_8u16s = {32, 12, 248, 64, false};
-constexpr FixedScratch kSobelVert_8u16s = {32, 12, 216, 32, false};
+constexpr FixedScratch kSobelHorizScratch_8u16s = {32, 12, 248, 64, false};
+constexpr FixedScratch kSobelVertScratch_8u16s = {32, 12, 216, 32, false};
 
 }  // namespace
 }  // namespace qel
@@ -21,34 +104,37 @@ constexpr FixedScratch kSobelVert_8u16s = {32, 12, 216, 32, false};
 #define SOBEL(name, Src, Dst, filters, scratch)                                                                     \
     qelStatus name(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, QelSize roiSize, int mask, int borderMode, \
                    Src borderValue, Qel8u* pBuffer) {                                                               \
-        return qel::fixedFilter<Src, Dst>(                                                                          \
-            {pSrc, srcStep, pDst, dstStep, roiSize, mask, borderMode, borderValue, 1, pBuffer}, filters, scratch);  \
+        return qel::fixedFilter(                                                                                    \
+            qel::FixedCall<Src, Dst>{                                                                               \
+                {pSrc, srcStep}, {pDst, dstStep}, roiSize, mask, borderMode, borderValue, 1, pBuffer},              \
+            filters, scratch);                                                                                      \
     }
-#define SOBEL_DIVIDED(name, filters)                                                                           \
-    qelStatus name(const Qel8u* pSrc, int srcStep, Qel8s* pDst, int dstStep, QelSize roiSize, int mask,        \
-                   int borderMode, Qel8u borderValue, int divisor, Qel8u* pBuffer) {                           \
-        return qel::fixedFilter<Qel8u, Qel8s>(                                                                 \
-            {pSrc, srcStep, pDst, dstStep, roiSize, mask, borderMode, borderValue, divisor, pBuffer}, filters, \
-            qel::kFixed_8u8s);                                                                                 \
+#define SOBEL_DIVIDED(name, filters)                                                                         \
+    qelStatus name(const Qel8u* pSrc, int srcStep, Qel8s* pDst, int dstStep, QelSize roiSize, int mask,      \
+                   int borderMode, Qel8u borderValue, int divisor, Qel8u* pBuffer) {                         \
+        return qel::fixedFilter(                                                                             \
+            qel::FixedCall<Qel8u, Qel8s>{                                                                    \
+                {pSrc, srcStep}, {pDst, dstStep}, roiSize, mask, borderMode, borderValue, divisor, pBuffer}, \
+            filters, qel::kFixed_8u8s);                                                                      \
     }
-SOBEL(qeliFilterSobelHorizBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelHoriz, qel::kFixed_32f)
-SOBEL(qeliFilterSobelHorizBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelHoriz, qel::kSobelHoriz_8u16s)
-SOBEL_DIVIDED(qeliFilterSobelHorizBorder_8u8s_C1R, qel::kSobelHoriz)
-SOBEL(qeliFilterSobelVertBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelVert, qel::kFixed_32f)
-SOBEL(qeliFilterSobelVertBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelVert, qel::kSobelVert_8u16s)
-SOBEL_DIVIDED(qeliFilterSobelVertBorder_8u8s_C1R, qel::kSobelVert)
-SOBEL(qeliFilterSobelNegVertBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelNegVert, qel::kFixed_32f)
-SOBEL(qeliFilterSobelNegVertBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelNegVert, qel::kFixed_8u16s)
-SOBEL_DIVIDED(qeliFilterSobelNegVertBorder_8u8s_C1R, qel::kSobelNegVert)
-SOBEL(qeliFilterSobelHorizSecondBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelHorizSecond, qel::kFixed_32f)
-SOBEL(qeliFilterSobelHorizSecondBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelHorizSecond, qel::kFixed_8u16s)
-SOBEL_DIVIDED(qeliFilterSobelHorizSecondBorder_8u8s_C1R, qel::kSobelHorizSecond)
-SOBEL(qeliFilterSobelVertSecondBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelVertSecond, qel::kFixed_32f)
-SOBEL(qeliFilterSobelVertSecondBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelVertSecond, qel::kFixed_8u16s)
-SOBEL_DIVIDED(qeliFilterSobelVertSecondBorder_8u8s_C1R, qel::kSobelVertSecond)
-SOBEL(qeliFilterSobelCrossBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelCross, qel::kFixed_32f)
-SOBEL(qeliFilterSobelCrossBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelCross, qel::kFixed_8u16s)
-SOBEL_DIVIDED(qeliFilterSobelCrossBorder_8u8s_C1R, qel::kSobelCross)
+SOBEL(qeliFilterSobelHorizBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelHoriz_32f, qel::kFixed_32f)
+SOBEL(qeliFilterSobelHorizBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelHoriz_8u16s, qel::kSobelHorizScratch_8u16s)
+SOBEL_DIVIDED(qeliFilterSobelHorizBorder_8u8s_C1R, qel::kSobelHoriz_8u8s)
+SOBEL(qeliFilterSobelVertBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelVert_32f, qel::kFixed_32f)
+SOBEL(qeliFilterSobelVertBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelVert_8u16s, qel::kSobelVertScratch_8u16s)
+SOBEL_DIVIDED(qeliFilterSobelVertBorder_8u8s_C1R, qel::kSobelVert_8u8s)
+SOBEL(qeliFilterSobelNegVertBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelNegVert_32f, qel::kFixed_32f)
+SOBEL(qeliFilterSobelNegVertBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelNegVert_8u16s, qel::kFixed_8u16s)
+SOBEL_DIVIDED(qeliFilterSobelNegVertBorder_8u8s_C1R, qel::kSobelNegVert_8u8s)
+SOBEL(qeliFilterSobelHorizSecondBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelHorizSecond_32f, qel::kFixed_32f)
+SOBEL(qeliFilterSobelHorizSecondBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelHorizSecond_8u16s, qel::kFixed_8u16s)
+SOBEL_DIVIDED(qeliFilterSobelHorizSecondBorder_8u8s_C1R, qel::kSobelHorizSecond_8u8s)
+SOBEL(qeliFilterSobelVertSecondBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelVertSecond_32f, qel::kFixed_32f)
+SOBEL(qeliFilterSobelVertSecondBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelVertSecond_8u16s, qel::kFixed_8u16s)
+SOBEL_DIVIDED(qeliFilterSobelVertSecondBorder_8u8s_C1R, qel::kSobelVertSecond_8u8s)
+SOBEL(qeliFilterSobelCrossBorder_32f_C1R, Qel32f, Qel32f, qel::kSobelCross_32f, qel::kFixed_32f)
+SOBEL(qeliFilterSobelCrossBorder_8u16s_C1R, Qel8u, Qel16s, qel::kSobelCross_8u16s, qel::kFixed_8u16s)
+SOBEL_DIVIDED(qeliFilterSobelCrossBorder_8u8s_C1R, qel::kSobelCross_8u8s)
 #undef SOBEL
 #undef SOBEL_DIVIDED
 
@@ -57,10 +143,10 @@ SOBEL_DIVIDED(qeliFilterSobelCrossBorder_8u8s_C1R, qel::kSobelCross)
         return qel::fixedBufferSize(roiSize, mask, pBufferSize, scratch); \
     }
 BUFFER_SIZE(qeliFilterSobelHorizGetBufferSize_32f_C1R, qel::kFixed_32f)
-BUFFER_SIZE(qeliFilterSobelHorizGetBufferSize_8u16s_C1R, qel::kSobelHoriz_8u16s)
+BUFFER_SIZE(qeliFilterSobelHorizGetBufferSize_8u16s_C1R, qel::kSobelHorizScratch_8u16s)
 BUFFER_SIZE(qeliFilterSobelHorizGetBufferSize_8u8s_C1R, qel::kFixed_8u8s)
 BUFFER_SIZE(qeliFilterSobelVertGetBufferSize_32f_C1R, qel::kFixed_32f)
-BUFFER_SIZE(qeliFilterSobelVertGetBufferSize_8u16s_C1R, qel::kSobelVert_8u16s)
+BUFFER_SIZE(qeliFilterSobelVertGetBufferSize_8u16s_C1R, qel::kSobelVertScratch_8u16s)
 BUFFER_SIZE(qeliFilterSobelVertGetBufferSize_8u8s_C1R, qel::kFixed_8u8s)
 BUFFER_SIZE(qeliFilterSobelNegVertGetBufferSize_32f_C1R, qel::kFixed_32f)
 BUFFER_SIZE(qeliFilterSobelNegVertGetBufferSize_8u16s_C1R, qel::kFixed_8u16s)

@@ -13,6 +13,10 @@ HWY_BEFORE_NAMESPACE();
 namespace qel {
 namespace HWY_NAMESPACE {
 
+// A tap that is known when this is compiled: a kernel that has no such tap does not compile.
+template <int i>
+using Tap = std::integral_constant<int, i>;
+
 // How many vectors an operation works on at once. Long kernels take several, which share what is loaded for each tap.
 template <size_t n>
 using Vectors = std::integral_constant<size_t, n>;
@@ -39,6 +43,61 @@ HWY_INLINE void forOverlapping(Vectors<n> vectors, D d, const Out* out, size_t c
     }
     forBlocks(block, block - lanesBeyondAlignment(d, out), count, [&](size_t x) HWY_ATTR { op(d, x, vectors); });
 }
+
+// The orders of summation, each a documented result. Terms are products of samples and coefficients: t(tap) is one of
+// them, t.pair(a, b) that of two samples, added, and the coefficient of the first.
+template <int kSize>
+struct InTapOrder {
+    static constexpr int kTaps = kSize;
+
+    template <class Terms, int i = kSize - 1>
+    static HWY_INLINE auto sum(const Terms& t, Tap<i> = {}) {
+        if constexpr (i == 0) {
+            return t(Tap<0>());
+        } else {
+            return hn::Add(sum(t, Tap<i - 1>()), t(Tap<i>()));
+        }
+    }
+};
+// Of t.size() terms.
+template <>
+struct InTapOrder<0> {
+    static constexpr int kTaps = 0;
+
+    template <class Terms>
+    static HWY_INLINE auto sum(const Terms& t) {
+        auto sum = t(0);
+        const int taps = t.size();
+        for (int i = 1; i < taps; ++i) sum = hn::Add(sum, t(i));
+        return sum;
+    }
+};
+
+// From the outside in.
+template <int kSize>
+struct Inwards {
+    static constexpr int kTaps = kSize;
+
+    template <class Terms>
+    static HWY_INLINE auto sum(const Terms& t) {
+        auto sum = hn::Add(t(Tap<0>()), t(Tap<kSize - 1>()));
+        if constexpr (kSize == 5) sum = hn::Add(sum, hn::Add(t(Tap<1>()), t(Tap<3>())));
+        return hn::Add(sum, t(Tap<kSize / 2>()));
+    }
+};
+
+// As Inwards for symmetric kernels: what has the same coefficient is added first.
+template <int kSize>
+struct Folded {
+    static constexpr int kTaps = kSize;
+
+    template <class Terms>
+    static HWY_INLINE auto sum(const Terms& t) {
+        auto sum = t.pair(Tap<0>(), Tap<kSize - 1>());
+        if constexpr (kSize == 5) sum = hn::Add(sum, t.pair(Tap<1>(), Tap<3>()));
+        return hn::Add(sum, t(Tap<kSize / 2>()));
+    }
+};
 
 // Where a vector of sums finds the samples of its taps: loaded for each tap, and widened if they are narrower,
 template <class D, class Src, int kChannels = 1>
@@ -82,29 +141,13 @@ struct Joined {
 
     HWY_INLINE Joined vector(size_t v) const { return {first + v * kLanes}; }
 
-    template <int kTap>
-    HWY_INLINE hn::Vec<D> at() const {
-        constexpr int kShift = kTap * kChannels % kLanes;
-        const Qel32f* const p = first + kTap * kChannels - kShift;
+    template <int i>
+    HWY_INLINE hn::Vec<D> operator()(Tap<i>) const {
+        constexpr int kShift = i * kChannels % kLanes;
+        const Qel32f* const p = first + i * kChannels - kShift;
         const auto low = hn::LoadU(D(), p);
         if constexpr (kShift == 0) return low;
         return joined<kShift>(low, hn::LoadU(D(), p + kLanes));
-    }
-
-    // One of the first five taps, which is known when this is compiled.
-    HWY_INLINE hn::Vec<D> operator()(int tap) const {
-        switch (tap) {
-            case 0:
-                return at<0>();
-            case 1:
-                return at<1>();
-            case 2:
-                return at<2>();
-            case 3:
-                return at<3>();
-            default:
-                return at<4>();
-        }
     }
 };
 #endif
@@ -132,20 +175,13 @@ public:
 
     HWY_INLINE const Walking& vector(size_t) const { return *this; }
 
-    // One of at most five taps, which is known when this is compiled.
-    HWY_INLINE hn::Vec<D> operator()(int tap) const {
-        switch (tap - kTaps / 2) {
-            case -2:
-                return joined<kLanes - 2>(before_, at_);
-            case -1:
-                return joined<kLanes - 1>(before_, at_);
-            case 0:
-                return at_;
-            case 1:
-                return joined<1>(at_, behind_);
-            default:
-                return joined<2>(at_, behind_);
-        }
+    template <int i>
+    HWY_INLINE hn::Vec<D> operator()(Tap<i>) const {
+        constexpr int kDistance = i - kTaps / 2;
+        static_assert(i >= 0 && i < kTaps);
+        if constexpr (kDistance < 0) return joined<kLanes + kDistance>(before_, at_);
+        if constexpr (kDistance > 0) return joined<kDistance>(at_, behind_);
+        return at_;
     }
 
 private:
@@ -176,37 +212,53 @@ HWY_INLINE void forWalking(D d, const Qel32f* p, const Qel32f* out, size_t count
 }
 #endif
 
-// The sample that stands `distance` places beyond an end of a row; near(i) and far(i) are those i places inside of this
-// end and of the other one.
-template <int kBorderMode, class T, class Near, class Far>
-HWY_INLINE T sampleBeyond(int distance, const Near& near, const Far& far, T borderValue) {
-    if constexpr (kBorderMode == qelBorderRepl) return near(0);
-    if constexpr (kBorderMode == qelBorderWrap) return far(distance - 1);
-    if constexpr (kBorderMode == qelBorderMirr) return near(distance);
-    if constexpr (kBorderMode == qelBorderMirrR) return near(distance - 1);
-    return borderValue;
-}
-
-// Calls op(x, samples) for the results of a row whose taps reach beyond an end of it: those of kTaps / 2 pixels at each
-// end. The row is no narrower than the kernel.
-template <int kTaps, int kBorderMode, class T, class Op>
-HWY_INLINE void forEnds(const T* p, int width, T borderValue, const Op& op) {
-    constexpr int kReach = kTaps / 2;
-    const T* const last = p + (width - 1);
-    const auto fromLeft = [p](int i) HWY_ATTR { return p[i]; };
-    const auto fromRight = [last](int i) HWY_ATTR { return last[-i]; };
-#pragma GCC unroll 2
-    for (int i = 0; i < kReach; ++i) {
-        op(i, [&](int tap) HWY_ATTR {
-            const int x = i - kReach + tap;
-            return x >= 0 ? p[x] : sampleBeyond<kBorderMode>(-x, fromLeft, fromRight, borderValue);
-        });
-        op(width - 1 - i, [&](int tap) HWY_ATTR {
-            const int x = i + kReach - tap;
-            return x >= 0 ? last[-x] : sampleBeyond<kBorderMode>(-x, fromRight, fromLeft, borderValue);
-        });
+// The results of a row whose taps reach beyond an end of it: those of kReach pixels at each end, or all of them.
+template <int kReach, class T>
+class RowEnds {
+public:
+    RowEnds(const Border<T>& border, int width)
+        : width_(width), isConstant_(border.mode == qelBorderConst), constant_(border.value) {
+        for (int i = 0; i < kReach; ++i) {
+            before_[i] = isConstant_ ? 0 : extendedIndex(border.mode, i - kReach, width);
+            behind_[i] = isConstant_ ? 0 : extendedIndex(border.mode, width + i, width);
+        }
     }
-}
+
+    // Calls op(x, samples) for each of them, where samples(tap) is a sample of row p or of the border.
+    template <class Op>
+    HWY_INLINE void forEach(const T* p, const Op& op) const {
+        const T* const beyond = isConstant_ ? &constant_ : p;
+        const T* const end = p + width_;
+        if (width_ < 2 * kReach) {
+            for (int x = 0; x < width_; ++x) {
+                op(x, [=, this](int tap) HWY_ATTR {
+                    const int at = x - kReach + tap;
+                    return at < 0 ? beyond[before_[at + kReach]] : at < width_ ? p[at] : beyond[behind_[at - width_]];
+                });
+            }
+            return;
+        }
+        // Which samples lie beyond an end is known when this is compiled.
+#pragma GCC unroll 2
+        for (int i = 0; i < kReach; ++i) {
+            op(i, [=, this](int tap) HWY_ATTR {
+                const int at = i - kReach + tap;
+                return at < 0 ? beyond[before_[at + kReach]] : p[at];
+            });
+            op(width_ - kReach + i, [=, this](int tap) HWY_ATTR {
+                const int at = i - 2 * kReach + tap;
+                return at < 0 ? end[at] : beyond[behind_[at]];
+            });
+        }
+    }
+
+private:
+    int width_;
+    bool isConstant_;
+    T constant_;
+    int before_[kReach];
+    int behind_[kReach];
+};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace qel

@@ -18,13 +18,23 @@ namespace {
 constexpr int kRowsAbove = 0x10;
 constexpr int kRowsBelow = 0x20;
 
-// A region with real rows above and below it.
+struct Params {
+    int mask;
+    int mode;
+    int divisor;
+
+    int reach() const { return mask / 22; }
+    int rowsAbove() const { return mode & kRowsAbove ? reach() : 0; }
+    int rowsBelow() const { return mode & kRowsBelow ? reach() : 0; }
+};
+
+// A region with as many real rows above and below it as the mode allows to read. Behind these, the memory ends.
 template <class T>
 struct Scene {
-    static constexpr int kMargin = 2;
-
-    explicit Scene(kit::Trial& trial)
-        : image(trial, {trial.size.width, trial.size.height + 2 * kMargin}), size(trial.size) {
+    Scene(kit::Trial& trial, const Params& p)
+        : above(p.rowsAbove()),
+          image(trial, {trial.size.width, above + trial.size.height + p.rowsBelow()}),
+          size(trial.size) {
         // Where two NaNs meet, either may survive; those that infinities make are all the same. Infinities stand
         // apart, so that not every result is a NaN.
         if constexpr (std::is_floating_point_v<T>) {
@@ -34,8 +44,9 @@ struct Scene {
                         image.at(x, y) = trial.anySample<T>();
         }
     }
-    const T* region() const { return &image.at(0, kMargin); }
+    const T* region() const { return &image.at(0, above); }
 
+    int above;
     kit::Image<T> image;
     QelSize size;
 };
@@ -68,9 +79,7 @@ struct Border {
         const bool real = (y < 0 && (mode & kRowsAbove)) || (y >= scene.size.height && (mode & kRowsBelow));
         const int row = real ? y : extended(mode & 15, y, scene.size.height);
         const int column = extended(mode & 15, x, scene.size.width);
-        return row < -Scene<T>::kMargin || (row < 0 && !real) || column < 0
-                   ? value
-                   : scene.image.at(column, row + Scene<T>::kMargin);
+        return (row < 0 && !real) || column < 0 ? value : scene.image.at(column, row + scene.above);
     }
 };
 
@@ -205,12 +214,6 @@ const Filter<Qel32f> boxF{[](const Scene<Qel32f>& scene, const Border<Qel32f>& b
 
 // Calls, as the types of the results ask for them
 
-struct Params {
-    int mask;
-    int mode;
-    int divisor;
-};
-
 // The result of type Dst for a sum, at x of a row of `width`.
 Qel32f resultOf(Qel32f, Qel32f sum, const Params&, bool, int, int) { return sum; }
 Qel16s resultOf(Qel16s, int sum, const Params&, bool, int, int) { return static_cast<Qel16s>(sum); }
@@ -259,7 +262,7 @@ SizeQuery queryOf(qelStatus (*f)(QelSize, int*)) {
 template <class S, class D>
 void agrees(const Call<S, D>& call, const SizeQuery& query, const Filter<S>& filter, kit::Trial& trial,
             const Params& p) {
-    const Scene<S> scene(trial);
+    const Scene<S> scene(trial, p);
     const Border<S> border = {p.mode, trial.anySample<S>()};
     kit::Image<D> got(trial), want(got);
     for (int y = 0; y < trial.size.height; ++y)
