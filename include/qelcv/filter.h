@@ -31,13 +31,14 @@ extern "C" {
  *   pKernel[i] * (1 / divisor), rounds to nearest, ties to even, and saturates; edges add products with the
  *   coefficients themselves, tap by tap, multiply the sum by 1 / divisor, saturate and truncate toward zero. 3 taps are
  *   added as (p0 + p2) + p1, 5 taps as ((p0 + p4) + (p1 + p3)) + p2; the samples of two equal coefficients at equal
- *   distances from the middle are added first, if that holds for the whole kernel. C1: the last n mod 8 of the n
- * samples of the interior add tap by tap. Any other number of taps is added tap by tap. C3: in the interior, what
- * exceeds the positive range of 32 bits turns into -32768.
+ *   distances from the middle are added first, if that holds for the whole kernel. Any other number of taps is added
+ *   tap by tap. C1: so are the last n mod 8 of the n samples of the interior. C3: in the interior, what exceeds the
+ *   positive range of 32 bits turns into -32768.
  * - Low_16s: the caller promises that sums fit 16 bits. With r = 16384 / divisor, truncated, the interior adds products
- *   modulo 65536 and gives (sum * r) >> 14, saturated; edges add in 32 bits and give the low 16 bits of (sum * r)
- * >> 14. Neither rounds. Divided by 1, the interior is the sum. C1 with a symmetric kernel of 5 taps around its middle,
- *   qelBorderRepl, the divisor 16 and a width above 10: the two edge samples on the left are as the interior.
+ *   modulo 65536 and gives the product of the sum and r, shifted right by 14, saturated; edges add in 32 bits and give
+ *   the low 16 bits of such a product. Neither rounds. Divided by 1, the interior is the sum. C1 with a symmetric
+ *   kernel of 5 taps around its middle, qelBorderRepl, the divisor 16 and a width above 10: the two edge samples on the
+ *   left are as the interior.
  * - 32f: 3 taps are added as (p0 + p2) + p1, and 5 taps as ((p0 + p4) + (p1 + p3)) + p2, or of a symmetric kernel as
  *   ((s0 + s4) * k0 + (s1 + s3) * k1) + s2 * k2; others as p0 + (p1 + p2), then + p3, then + (p4 + p5), and so on;
  *   edges tap by tap. C1 with 3 taps, anchor 1 and a width above 18 adds all results tap by tap; with 5 taps, anchor 2
