@@ -11,6 +11,7 @@
 #include <map>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 
 #include "kit/core_double.h"
 #include "kit/every_target.h"
@@ -123,6 +124,7 @@ void Registration::add(const char** names, Rule rule, std::function<int64_t(Call
     const size_t comma = list.find(',');
     const std::string name = list.substr(0, comma);
     *names += comma == std::string::npos ? list.size() : list.find_first_not_of(" \n", comma + 1);
+    if (!name.starts_with("qel")) throw std::logic_error(name + " is no function: a comma outside of parentheses?");
     if (!functions().emplace(name, Function{rule, std::move(call)}).second)
         throw std::logic_error(name + " is listed twice");
 }

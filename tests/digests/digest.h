@@ -10,6 +10,7 @@
 //             },
 //             qeliSomething_8u_C1R);
 //
+// A caller with commas outside of parentheses, as in braces, is a function with a name, since the line is a macro.
 // What the call returns and all that it was given to write make the digest. `digests_test --write` writes the file
 // anew.
 #ifndef QELCV_TESTS_DIGESTS_DIGEST_H_
