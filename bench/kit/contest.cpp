@@ -147,7 +147,7 @@ Contest::Contest(const Entry& entry, std::string sizeName, QelSize size, int thr
         result_.bytesMoved = at.moved_;
         at.build_ = Case::Build::O2;
         at.replayed_ = 0;
-        entry.setupO2(at);
+        if (entry.setupO2 != nullptr) entry.setupO2(at);
     }
 }
 

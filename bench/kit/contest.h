@@ -15,7 +15,7 @@ struct Entry {
     std::string name;
     Sizes sizes;
     void (*setupO3)(Case&);
-    void (*setupO2)(Case&);
+    void (*setupO2)(Case&);  // nullptr in a program without this build
 };
 
 // All rows of the program, in the order of their names.
