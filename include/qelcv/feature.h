@@ -11,6 +11,111 @@
 extern "C" {
 #endif
 
+/**
+ * @name Corner measures: eigenvalues of the gradient's covariance
+ *
+ * At each pixel the matrix {dxx, dxy; dxy, dyy} is the average, over avgWindow by avgWindow pixels, of the products of
+ * two derivatives dx and dy. Beyond the edges, samples, and then products, are those of the nearest pixel. Both
+ * eigenvalues are large at a corner, one is at an edge, none in a flat area.
+ *
+ * | kernType | dx                           | dy                            | apertureSize |
+ * |----------|------------------------------|-------------------------------|--------------|
+ * | 0        | qeliFilterSobelVertBorder    | qeliFilterSobelHorizBorder    | 3 or 5       |
+ * | 1        | qeliFilterScharrVertBorder   | qeliFilterScharrHorizBorder   | 3            |
+ *
+ * The average is that of qeliFilterLowpassBorder_32f_C1R; all filters run with qelBorderRepl. From the derivatives on
+ * all is of single precision, each operation rounded, in the order written. The scale s is
+ * 1 / (255 * 2^(2 * apertureSize - 2)), with kernType 1 times 0.6125: 32f samples are expected to have the range of 8u.
+ *
+ * qeliMinEigenVal writes the smaller eigenvalue,
+ *
+ *     ((dxx + dyy) - sqrt((dxx - dyy) * (dxx - dyy) + 4 * (dxy * dxy))) * (s * 0.5)
+ *
+ * It may be slightly negative.
+ *
+ * qeliEigenValsVecs writes six numbers for each pixel: the larger eigenvalue v1, the smaller v2, the vector of the
+ * larger (x1, y1) and that of the smaller (x2, y2). With a = dxx * s, b = dyy * s, c = dxy * s and
+ * t = 0.01 * max(a, b):
+ *
+ * - where t > min(a, b) or t > a * b - c * c, all six are 0: in flat areas and at edges
+ * - else v1 and v2 are ((a + b) + r) * 0.5 and ((a + b) - r) * 0.5, with r = sqrt((a - b) * (a - b) + 4 * (c * c))
+ *   - where t > |c|, the vectors are (1, 0) and (0, 1), in this order
+ *   - else they are (c', v1 - a) and (c', v2 - a), each divided by the larger of its length and 1.1920929e-7, as a
+ *     multiplication by the quotient of 1. c' is c, with kernType 0 -c.
+ *
+ * Jianbo Shi and Carlo Tomasi, Good Features to Track, 1994.
+ *
+ * @param pSrc          first sample of the source region
+ * @param srcStep       bytes from one row to the next: at least a row's bytes, 32f: and a multiple of 4; bytes between
+ *                      rows are not read
+ * @param pMinEigenVal  first sample of the result; it does not overlap the source
+ * @param pEigenVV      first sample of the result, of six interleaved numbers for each pixel; likewise
+ * @param minValStep, eigenVVStep  bytes from one row of the result to the next: at least a row's bytes and a multiple
+ *                      of 4; bytes between rows are not written
+ * @param roiSize       region in pixels, at least 1 by 1
+ * @param kernType      the derivatives, see above
+ * @param apertureSize  side of their masks
+ * @param avgWindow     side of the average: 3 or 5
+ * @param pBuffer       scratch of the size that the function below tells, at any address and with any contents
+ *
+ * @retval qelStatusOk                      the region is written
+ * @retval qelStatusNullPointer             a pointer is null
+ * @retval qelStatusBadSize                 width or height below 1
+ * @retval qelStatusBadStep                 a step is shorter than its row
+ * @retval qelStatusStepNotElementMultiple  the step of 32f samples is not a multiple of 4
+ * @retval qelStatusBadSize                 kernType 0: apertureSize is neither 3 nor 5
+ * @retval qelStatusBadArg                  kernType is neither 0 nor 1
+ * @retval qelStatusBadSize                 kernType 1: apertureSize is not 3
+ * @retval qelStatusBadSize                 avgWindow is neither 3 nor 5
+ *
+ * Tested in this order; on an error nothing is written. No alignment is needed. Filters use OpenMP threads as they do
+ * by themselves; the number of threads does not change the result.
+ */
+/** @{ */
+QEL_API qelStatus qeliMinEigenVal_8u32f_C1R(const Qel8u* pSrc, int srcStep, Qel32f* pMinEigenVal, int minValStep,
+                                            QelSize roiSize, int kernType, int apertureSize, int avgWindow,
+                                            Qel8u* pBuffer);
+QEL_API qelStatus qeliMinEigenVal_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pMinEigenVal, int minValStep,
+                                          QelSize roiSize, int kernType, int apertureSize, int avgWindow,
+                                          Qel8u* pBuffer);
+QEL_API qelStatus qeliEigenValsVecs_8u32f_C1R(const Qel8u* pSrc, int srcStep, Qel32f* pEigenVV, int eigenVVStep,
+                                              QelSize roiSize, int kernType, int apertureSize, int avgWindow,
+                                              Qel8u* pBuffer);
+QEL_API qelStatus qeliEigenValsVecs_32f_C1R(const Qel32f* pSrc, int srcStep, Qel32f* pEigenVV, int eigenVVStep,
+                                            QelSize roiSize, int kernType, int apertureSize, int avgWindow,
+                                            Qel8u* pBuffer);
+/** @} */
+
+/**
+ * @name Scratch of the corner measures
+ *
+ * With w for the width rounded up to a multiple of 16, and b for the largest of the sizes that the filters tell for
+ * that aperture and that window - with an aperture of 3, both pairs of derivatives - the size is
+ * w * height * 16 + 224 + b bytes for 8u samples and w * height * 20 + 224 + b for 32f.
+ *
+ * @param roiSize       region of the call, at least 1 by 1
+ * @param apertureSize  3 or 5
+ * @param avgWindow     3 or 5
+ * @param pBufferSize   receives the bytes
+ *
+ * @retval qelStatusOk           *pBufferSize is written
+ * @retval qelStatusNullPointer  pBufferSize is null
+ * @retval qelStatusBadSize      width or height below 1, or apertureSize or avgWindow neither 3 nor 5
+ * @retval qelStatusOverflow     the size is beyond the range of int
+ *
+ * Tested in this order; on an error nothing is written.
+ */
+/** @{ */
+QEL_API qelStatus qeliMinEigenValGetBufferSize_8u32f_C1R(QelSize roiSize, int apertureSize, int avgWindow,
+                                                         int* pBufferSize);
+QEL_API qelStatus qeliMinEigenValGetBufferSize_32f_C1R(QelSize roiSize, int apertureSize, int avgWindow,
+                                                       int* pBufferSize);
+QEL_API qelStatus qeliEigenValsVecsGetBufferSize_8u32f_C1R(QelSize roiSize, int apertureSize, int avgWindow,
+                                                           int* pBufferSize);
+QEL_API qelStatus qeliEigenValsVecsGetBufferSize_32f_C1R(QelSize roiSize, int apertureSize, int avgWindow,
+                                                         int* pBufferSize);
+/** @} */
+
 /** A line: the points (x, y) with x * cos(theta) + y * sin(theta) = rho. */
 typedef struct QelPointPolar {
     Qel32f rho;   /**< distance from the first pixel of the region, in pixels; negative to the other side of it */
