@@ -18,6 +18,10 @@ HWY_BEFORE_NAMESPACE();
 namespace qel {
 namespace HWY_NAMESPACE {
 
+// Vectors put together from blocks that lie apart: to fill wider ones takes longer than they save.
+template <class T>
+using BlocksTag = hn::CappedTag<T, 32 / sizeof(T)>;
+
 // Bytes of T at any address as bytes without a sign.
 template <class T, class D8>
 HWY_INLINE hn::Vec<D8> loadBytes(D8 d8, const T* p) {

@@ -64,7 +64,7 @@ HWY_INLINE void filterRow_8x_C3(const T* s, int width, Qel16u* slot) {
     const int last = (width + 1) / 2 - 1;
     const int blocks = last > kFirst ? (last - kFirst) / 2 : 0;
     filterPixels<T, 3>(s, width, slot, 0, HWY_MIN(kFirst, last));
-    forVectors<8>(hn::ScalableTag<Qel16u>(), size_t(blocks) * 8, [=](auto d, size_t x) QEL_INLINE_LAMBDA {
+    forVectors<8>(BlocksTag<Qel16u>(), size_t(blocks) * 8, [=](auto d, size_t x) QEL_INLINE_LAMBDA {
         const hn::Repartition<uint8_t, decltype(d)> d8;
         const T* centre = s + 6 * kFirst + x / 8 * 12;
         const auto blocksFrom = [=](const T* p) QEL_INLINE_LAMBDA {
@@ -113,13 +113,12 @@ HWY_INLINE void filterRow_32f_C3(const Qel32f* s, int width, Qel32f* slot) {
     // A block reads one sample more than its pixel needs.
     const int blocks = HWY_MAX((width - 4) / 2, 0);
     filterPixels<Qel32f, 3>(s, width, slot, 0, 1);
-    forVectors<4>(hn::ScalableTag<Qel32f>(), size_t(blocks) * 4, [=](auto d, size_t x) QEL_INLINE_LAMBDA {
-        const auto pixels = [=](int at) QEL_INLINE_LAMBDA {
-            const Qel32f* p = s + 6 + x / 4 * 6 + 3 * at;
-            return fromBlocks<4>(d, [=](int b) HWY_ATTR { return hn::LoadU(hn::Full128<Qel32f>(), p + 6 * b); });
-        };
-        hn::StoreU(sumOf_32f(d, pixels(-2), pixels(-1), pixels(0), pixels(1), pixels(2)), d, slot + 4 + x);
-    });
+    const hn::Full128<Qel32f> d;
+    for (int i = 1; i <= blocks; ++i) {
+        const auto pixel = [=](int at) QEL_INLINE_LAMBDA { return hn::LoadU(d, s + 6 * ptrdiff_t{i} + 3 * at); };
+        const auto sum = sumOf_32f(d, pixel(-2), pixel(-1), pixel(0), pixel(1), pixel(2));
+        hn::StoreU(sum, d, slot + 4 * ptrdiff_t{i});
+    }
     filterPixels<Qel32f, 3>(s, width, slot, 1 + blocks, last + 1);
 }
 

@@ -64,7 +64,7 @@ HWY_INLINE void filterRow_8x_C3(const T* s, int width, Phases<Qel16u> slot) {
     // A block reads two bytes more than its two pixels need.
     const int blocks = HWY_MAX((width - 4) / 2, 0);
     filterPixels<T, 3>(s, width, slot, 0, HWY_MIN(kFirst, width));
-    forVectors<8>(hn::ScalableTag<Qel16u>(), size_t(blocks) * 8, [=](auto d, size_t x) QEL_INLINE_LAMBDA {
+    forVectors<8>(BlocksTag<Qel16u>(), size_t(blocks) * 8, [=](auto d, size_t x) QEL_INLINE_LAMBDA {
         const auto pixels = [=](const T* p) QEL_INLINE_LAMBDA {
             return fromBlocks<8>(d, [=](int b) HWY_ATTR {
                 return hn::PromoteTo(hn::Full128<Qel16u>(), loadBytes(hn::Full64<uint8_t>(), p + 6 * b));
@@ -226,7 +226,7 @@ HWY_INLINE void storeByTurns(D d, Pair<V> pair, Qel32f* p) {
 }
 
 HWY_INLINE void formRows_32f_C3(const Phases<Qel32f> (&rows)[3], Qel32f* evenOut, Qel32f* oddOut, int width) {
-    forVectors<4>(hn::ScalableTag<Qel32f>(), size_t(width - 1) * 4, [&](auto d, size_t x) QEL_INLINE_LAMBDA {
+    forVectors<4>(BlocksTag<Qel32f>(), size_t(width - 1) * 4, [&](auto d, size_t x) QEL_INLINE_LAMBDA {
         const size_t pixel = x / 4;
         const auto load = [=](const Qel32f* p) QEL_INLINE_LAMBDA {
             return fromBlocks<4>(

@@ -15,6 +15,9 @@ using DI = hn::ScalableTag<int32_t>;
 using DU = hn::ScalableTag<uint32_t>;
 using VF = hn::Vec<DF>;
 constexpr size_t kLanes = hn::MaxLanes(DF());
+// Columns that go through one step together before the next step. Read back at once as vectors, what was stored word by
+// word would not have reached the cache yet.
+constexpr size_t kBlock = 64;
 
 HWY_INLINE VF times(VF a, VF b) { return hn::Mul(a, b); }
 HWY_INLINE VF plus(VF a, VF b) { return hn::Add(a, b); }
@@ -138,7 +141,7 @@ HWY_INLINE Word wordAt(const T* p) {
 }
 
 template <class T, int kChannels>
-HWY_INLINE void fetch(const T* upper, const T* lower, uint32_t (&words)[kWords<T, kChannels>][kLanes], size_t i) {
+HWY_INLINE void fetch(const T* upper, const T* lower, uint32_t (&words)[kWords<T, kChannels>][kBlock], size_t i) {
     if constexpr (sizeof(T) == 1 && kChannels == 1) {
         words[0][i] = wordAt<uint16_t>(upper) | uint32_t{wordAt<uint16_t>(lower)} << 16;
     } else if constexpr (sizeof(T) == 1) {
@@ -155,10 +158,10 @@ HWY_INLINE void fetch(const T* upper, const T* lower, uint32_t (&words)[kWords<T
 }
 
 template <class T, int kChannels, int kLower, int kRight, int kChannel>
-HWY_INLINE VF samplesOf(const uint32_t (&words)[kWords<T, kChannels>][kLanes]) {
+HWY_INLINE VF samplesOf(const uint32_t (&words)[kWords<T, kChannels>][kBlock], size_t at) {
     constexpr Place place = placeOf<T, kChannels>(kLower, kRight, kChannel);
     const DU du;
-    const auto word = hn::Load(du, words[place.word]);
+    const auto word = hn::Load(du, words[place.word] + at);
     if constexpr (sizeof(T) == 4) {
         return hn::BitCast(DF(), word);
     } else {
@@ -174,12 +177,51 @@ struct PointWeights {
     VF upperLeft, upperRight, lowerLeft, lowerRight;
 };
 
+// The points of a block of columns: the pixel to the upper left of each, how far it lies beyond it, and whether it lies
+// in the source at all. Those that do not take the source's corner.
+struct Block {
+    HWY_ALIGN int32_t columns[kBlock];
+    HWY_ALIGN int32_t rows[kBlock];
+    HWY_ALIGN Qel32f a[kBlock];
+    HWY_ALIGN Qel32f b[kBlock];
+    HWY_ALIGN uint32_t isInside[kBlock];
+
+    HWY_INLINE PointWeights weights(size_t at) const {
+        const DF d;
+        const VF one = hn::Set(d, 1.0F), right = hn::Load(d, a + at), below = hn::Load(d, b + at);
+        const VF left = hn::Sub(one, right), above = hn::Sub(one, below);
+        return {times(above, left), times(above, right), times(below, left), times(below, right)};
+    }
+    HWY_INLINE hn::Mask<DF> inside(size_t at) const {
+        return hn::MaskFromVec(hn::BitCast(DF(), hn::Load(DU(), isInside + at)));
+    }
+};
+
+HWY_INLINE void findPoints(const RadialRow& row, QelSize size, int x, size_t at, Block& block) {
+    const DF d;
+    const DI di;
+    const Points p = row.at(columnsFrom(x));
+    const VF zero = hn::Zero(d);
+    const auto inX = hn::And(hn::Ge(p.x, zero), hn::Lt(p.x, hn::Set(d, static_cast<Qel32f>(size.width - 1))));
+    const auto inY = hn::And(hn::Ge(p.y, zero), hn::Lt(p.y, hn::Set(d, static_cast<Qel32f>(size.height - 1))));
+    const auto inRow = hn::RebindMask(d, hn::Lt(hn::Iota(di, 0), hn::Set(di, size.width - x)));
+    const auto inside = hn::And(hn::And(inX, inY), inRow);
+
+    const VF xs = hn::IfThenElseZero(inside, p.x), ys = hn::IfThenElseZero(inside, p.y);
+    const auto left = hn::ConvertTo(di, xs), upper = hn::ConvertTo(di, ys);
+    hn::Store(left, di, block.columns + at);
+    hn::Store(upper, di, block.rows + at);
+    hn::Store(hn::Sub(xs, hn::ConvertTo(d, left)), d, block.a + at);
+    hn::Store(hn::Sub(ys, hn::ConvertTo(d, upper)), d, block.b + at);
+    hn::Store(hn::BitCast(DU(), hn::VecFromMask(d, inside)), DU(), block.isInside + at);
+}
+
 template <class T, int kChannels, int kChannel>
-HWY_INLINE VF interpolated(const uint32_t (&words)[kWords<T, kChannels>][kLanes], const PointWeights& w) {
-    const VF left = plus(times(samplesOf<T, kChannels, 0, 0, kChannel>(words), w.upperLeft),
-                         times(samplesOf<T, kChannels, 1, 0, kChannel>(words), w.lowerLeft));
-    const VF right = plus(times(samplesOf<T, kChannels, 0, 1, kChannel>(words), w.upperRight),
-                          times(samplesOf<T, kChannels, 1, 1, kChannel>(words), w.lowerRight));
+HWY_INLINE VF interpolated(const uint32_t (&words)[kWords<T, kChannels>][kBlock], size_t at, const PointWeights& w) {
+    const VF left = plus(times(samplesOf<T, kChannels, 0, 0, kChannel>(words, at), w.upperLeft),
+                         times(samplesOf<T, kChannels, 1, 0, kChannel>(words, at), w.lowerLeft));
+    const VF right = plus(times(samplesOf<T, kChannels, 0, 1, kChannel>(words, at), w.upperRight),
+                          times(samplesOf<T, kChannels, 1, 1, kChannel>(words, at), w.lowerRight));
     return plus(right, left);
 }
 
@@ -194,65 +236,50 @@ HWY_INLINE auto resultsOf(VF sum) {
 }
 
 template <class T, int kChannels>
-HWY_INLINE void storeResults(const uint32_t (&words)[kWords<T, kChannels>][kLanes], const PointWeights& weights,
+HWY_INLINE void storeResults(const uint32_t (&words)[kWords<T, kChannels>][kBlock], size_t at, const Block& block,
                              T* out) {
     const hn::Rebind<T, DF> d;
-    const auto first = resultsOf<T>(interpolated<T, kChannels, 0>(words, weights));
+    const PointWeights weights = block.weights(at);
+    const auto first = resultsOf<T>(interpolated<T, kChannels, 0>(words, at, weights));
     if constexpr (kChannels == 1) {
         hn::StoreU(first, d, out);
     } else {
-        const auto second = resultsOf<T>(interpolated<T, kChannels, 1>(words, weights));
-        const auto third = resultsOf<T>(interpolated<T, kChannels, 2>(words, weights));
+        const auto second = resultsOf<T>(interpolated<T, kChannels, 1>(words, at, weights));
+        const auto third = resultsOf<T>(interpolated<T, kChannels, 2>(words, at, weights));
         hn::StoreInterleaved3(first, second, third, d, out);
     }
 }
 
 // Of pixels whose point lies outside of the source nothing is stored, not even what they were.
 template <class T, int kChannels>
-HWY_INLINE void storeInside(const uint32_t (&words)[kWords<T, kChannels>][kLanes], const PointWeights& weights,
-                            hn::Mask<DF> inside, T* out) {
-    HWY_ALIGN uint32_t isInside[kLanes];
+HWY_INLINE void storeInside(const uint32_t (&words)[kWords<T, kChannels>][kBlock], size_t at, const Block& block,
+                            T* out) {
     HWY_ALIGN T results[kLanes * kChannels];
-    hn::Store(hn::BitCast(DU(), hn::VecFromMask(DF(), inside)), DU(), isInside);
-    storeResults<T, kChannels>(words, weights, results);
+    storeResults<T, kChannels>(words, at, block, results);
     for (size_t i = 0; i < kLanes; ++i)
-        if (isInside[i] != 0) std::memcpy(out + i * kChannels, results + i * kChannels, kChannels * sizeof(T));
+        if (block.isInside[at + i] != 0)
+            std::memcpy(out + i * kChannels, results + i * kChannels, kChannels * sizeof(T));
 }
 
-// Columns x to x + kLanes of a row. Points outside of the source are fetched from its corner.
+// Columns from x on, at most kBlock of them.
 template <class T, int kChannels>
 HWY_INLINE void undistortColumns(Plane<const T> src, T* out, QelSize size, const RadialRow& row, int x) {
-    const DF d;
-    const DI di;
-    const VF column = columnsFrom(x);
-    const Points p = row.at(column);
-    const VF zero = hn::Zero(d);
-    const auto inX = hn::And(hn::Ge(p.x, zero), hn::Lt(p.x, hn::Set(d, static_cast<Qel32f>(size.width - 1))));
-    const auto inY = hn::And(hn::Ge(p.y, zero), hn::Lt(p.y, hn::Set(d, static_cast<Qel32f>(size.height - 1))));
-    const auto inRow = hn::RebindMask(d, hn::Lt(hn::Iota(di, 0), hn::Set(di, size.width - x)));
-    const auto inside = hn::And(hn::And(inX, inY), inRow);
-    if (hn::AllFalse(d, inside)) return;
-
-    const VF xs = hn::IfThenElseZero(inside, p.x), ys = hn::IfThenElseZero(inside, p.y);
-    const auto left = hn::ConvertTo(di, xs), upper = hn::ConvertTo(di, ys);
-    HWY_ALIGN int32_t columns[kLanes];
-    HWY_ALIGN int32_t rows[kLanes];
-    HWY_ALIGN uint32_t words[kWords<T, kChannels>][kLanes];
-    hn::Store(left, di, columns);
-    hn::Store(upper, di, rows);
-    for (size_t i = 0; i < kLanes; ++i) {
-        const T* s = src.row(rows[i]) + ptrdiff_t{columns[i]} * kChannels;
+    Block block;
+    HWY_ALIGN uint32_t words[kWords<T, kChannels>][kBlock];
+    const size_t count = HWY_MIN(size_t(size.width - x), kBlock);
+    for (size_t at = 0; at < count; at += kLanes) findPoints(row, size, x + int(at), at, block);
+    for (size_t i = 0; i < (count + kLanes - 1) / kLanes * kLanes; ++i) {
+        const T* s = src.row(block.rows[i]) + ptrdiff_t{block.columns[i]} * kChannels;
         fetch<T, kChannels>(s, qel::row(s, src.step, 1), words, i);
     }
-
-    const VF one = hn::Set(d, 1.0F);
-    const VF a = hn::Sub(xs, hn::ConvertTo(d, left)), b = hn::Sub(ys, hn::ConvertTo(d, upper));
-    const VF notA = hn::Sub(one, a), notB = hn::Sub(one, b);
-    const PointWeights weights = {times(notB, notA), times(notB, a), times(b, notA), times(b, a)};
-    if (hn::AllTrue(d, inside)) {
-        storeResults<T, kChannels>(words, weights, out + ptrdiff_t{x} * kChannels);
-    } else {
-        storeInside<T, kChannels>(words, weights, inside, out + ptrdiff_t{x} * kChannels);
+    for (size_t at = 0; at < count; at += kLanes) {
+        T* const to = out + (x + ptrdiff_t(at)) * kChannels;
+        const auto inside = block.inside(at);
+        if (hn::AllTrue(DF(), inside)) {
+            storeResults<T, kChannels>(words, at, block, to);
+        } else if (!hn::AllFalse(DF(), inside)) {
+            storeInside<T, kChannels>(words, at, block, to);
+        }
     }
 }
 
@@ -260,11 +287,8 @@ template <class T, int kChannels>
 void undistort(Plane<const T> src, Plane<T> dst, QelSize size, const Lens& lens) {
     for (int y = 0; y < size.height; ++y) {
         const RadialRow row(lens, y);
-        T* out = dst.row(y);
-        int x = 0;
-        do {
-            undistortColumns<T, kChannels>(src, out, size, row, x);
-        } while (size.width - x > int{kLanes} && (x += int{kLanes}, true));
+        for (int64_t x = 0; x < size.width; x += kBlock)
+            undistortColumns<T, kChannels>(src, dst.row(y), size, row, int(x));
     }
 }
 
