@@ -28,21 +28,27 @@ void fillConstant(const FixedRows<Src, Mid>& rows, Mid* out, int stride, Src bor
         std::fill_n(out + half * stride, stride, filteredConstant<Mid>(rows.sums[half], borderValue));
 }
 
+// A turn moves rows of the source, of the ring and of the result.
+template <class Src, class Mid, class Dst>
+int rowsOfTurn(const FixedFilter<Src, Mid, Dst>& filter, int width, int rowSamples) {
+    const int64_t rowBytes = int64_t{rowSamples} * int64_t{sizeof(Mid)};
+    return rowsPerTurn(rowBytes + width * int64_t{sizeof(Src) + sizeof(Dst)}, rowBytes * (filter.rows.taps - 1),
+                       kStripRows);
+}
+
 }  // namespace
 
 template <class Src, class Mid, class Dst>
 void filterConvolution(const FixedCall<Src, Dst>& call, const FixedFilter<Src, Mid, Dst>& filter, const Share& share,
                        void* pScratch) {
-    const auto [width, height] = share.size;
-    const int end = share.y + height;
+    const int width = share.size.width;
+    const int end = share.y + share.size.height;
     const int taps = filter.rows.taps;
     const int reach = taps / 2;
     const int stride = intermediateStride(width);
     const int rowSamples = stride * filter.rows.halves;
 
-    const int64_t rowBytes = int64_t{rowSamples} * int64_t{sizeof(Mid)};
-    const int64_t turnBytes = rowBytes + width * int64_t{sizeof(Src) + sizeof(Dst)};
-    const int turn = rowsPerTurn(turnBytes, rowBytes * (taps - 1), kStripRows);
+    const int turn = rowsOfTurn(filter, width, rowSamples);
     const int kept = turn + taps - 1;
 
     Carver carver(pScratch, 32);
