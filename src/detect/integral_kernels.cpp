@@ -135,15 +135,34 @@ HWY_INLINE V16 loadSamples(const Qel8u* p) { return hn::PromoteTo(D16(), hn::Loa
 HWY_INLINE VInt lowerAsInt(V16 v) { return hn::PromoteTo(DInt(), hn::LowerHalf(hn::Half<D16>(), v)); }
 HWY_INLINE VInt upperAsInt(V16 v) { return hn::PromoteTo(DInt(), hn::UpperHalf(hn::Half<D16>(), v)); }
 
-// A block's sums of samples: 8 of 16 bits make a running sum, which is one vector of 32 bits or two.
+// Bytes that sum up to the even and to the odd ones of 8 running sums, one row of bytes for each.
+alignas(32) constexpr Qel8u kUpToEven[] = {255, 0,   0,   0,   0,   0, 0, 0, 255, 255, 255, 0,   0,   0,   0,   0,
+                                           255, 255, 255, 255, 255, 0, 0, 0, 255, 255, 255, 255, 255, 255, 255, 0};
+alignas(32) constexpr Qel8u kUpToOdd[] = {255, 255, 0,   0,   0,   0,   0, 0, 255, 255, 255, 255, 0,   0,   0,   0,
+                                          255, 255, 255, 255, 255, 255, 0, 0, 255, 255, 255, 255, 255, 255, 255, 255};
+
+// Sums of 8 samples. Vectors of 32 bytes take sums of absolute differences over masked copies of them: that moves
+// nothing between lanes. Those of 16 bytes would need twice as many, and shift instead, by 16 bits.
 template <class T>
-HWY_INLINE void addSamples(V16 samples, RowOfSums<T>& row, size_t x) {
-    const V16 sums = prefixOfBytes(samples);
-    const VInt lower = lowerAsInt(sums), upper = upperAsInt(sums);
-    row.add(lower, x);
-    if constexpr (!kOneBlock) row.next(lastLane(lower));
-    row.add(upper, x + hn::Lanes(DInt()));
-    row.next(lastLane(upper));
+HWY_INLINE void addSamples(const Qel8u* p, RowOfSums<T>& row, size_t x) {
+    const DInt d;
+    if constexpr (kOneBlock) {
+        const V16 sums = prefixOfBytes(loadSamples(p));
+        const VInt upper = upperAsInt(sums);
+        row.add(lowerAsInt(sums), x);
+        row.add(upper, x + hn::Lanes(d));
+        row.next(lastLane(upper));
+    } else {
+        const hn::RepartitionToWide<D32> d64;
+        const hn::Repartition<Qel8u, DInt> d8;
+        uint64_t samples;
+        hwy::CopyBytes<8>(p, &samples);
+        const auto copies = hn::BitCast(d8, hn::Set(d64, samples));
+        const auto even = hn::SumsOf8(hn::And(copies, hn::Load(d8, kUpToEven)));
+        const auto odd = hn::SumsOf8(hn::And(copies, hn::Load(d8, kUpToOdd)));
+        row.add(hn::BitCast(d, hn::Or(even, hn::ShiftLeft<32>(odd))), x);
+        row.next(hn::DupEven(hn::BitCast(d, hn::SumsOf8(copies))));
+    }
 }
 
 template <class Q>
@@ -159,14 +178,14 @@ HWY_INLINE void addSquares(V16 samples, RowOfSums<Q>& row, size_t x) {
 
 template <class T>
 void integralRows(Plane<const Qel8u> src, const SumTable<T>& sums, QelSize size) {
-    const size_t width = size_t(size.width), block = hn::Lanes(D16());
+    const size_t width = size_t(size.width);
     for (int y = 0; y < size.height; ++y) {
         const Qel8u* s = src.row(y);
         T* out = sums.row(y + 1);
         out[0] = sums.offset;
         RowOfSums<T> row(sums.row(y) + 1, out + 1);
         size_t x = 0;
-        for (; x + block <= width; x += block) addSamples(loadSamples(s + x), row, x);
+        for (; x + 8 <= width; x += 8) addSamples(s + x, row, x);
         typename RowOfSums<T>::Tail tail(row);
         for (; x < width; ++x) tail.add(s[x], x);
     }
@@ -185,9 +204,8 @@ void sqrIntegralRows(Plane<const Qel8u> src, const SumTable<T>& sums, const SumT
         RowOfSums<Q> rowOfSquares(squares.row(y) + 1, outOfSquares + 1);
         size_t x = 0;
         for (; x + block <= width; x += block) {
-            const V16 samples = loadSamples(s + x);
-            addSamples(samples, row, x);
-            addSquares(samples, rowOfSquares, x);
+            for (size_t i = 0; i < block; i += 8) addSamples(s + x + i, row, x + i);
+            addSquares(loadSamples(s + x), rowOfSquares, x);
         }
         typename RowOfSums<T>::Tail tail(row);
         typename RowOfSums<Q>::Tail tailOfSquares(rowOfSquares);
