@@ -10,6 +10,7 @@
 #include "morph/dilate_kernels.h"
 #include "morph/filter_min_max.h"
 #include "morph/morphology_state.h"
+#include "morph/shared_offsets.h"
 #include "qelcv/types.h"
 
 namespace qel {
@@ -48,21 +49,34 @@ private:
     int next_ = 0;
 };
 
-// Combines the samples under all elements.
+// Combines the samples under all elements: of several rows at once, so that what they share is read once.
 template <class T>
 class GeneralMorph {
 public:
     GeneralMorph(MorphOp op, const MorphRegion<T>& region, const QelMorphState& state);
-    int sourceRowsFor(int end) const { return std::min(end + state_->bottomExtent, region_.size.height); }
+    int sourceRowsFor(int end) const {
+        return std::min(end + state_->maskHeight - 1 - state_->anchorY, region_.size.height);
+    }
     void makeUpTo(int end);
+
+    // Whether it is the engine for an ellipse, too: one of few elements, whose state has room for blocks.
+    static bool suitsEllipse(const QelMorphState& state);
 
 private:
     struct Zone;
+    // The memory for rows with their border.
+    struct Blocks {
+        T* p;
+        int step;
+        int64_t rows;
+    };
+    static Blocks blocksOf(const QelMorphState& state);
 
     void inBlocks(Zone zone) const;
     void straight(const Zone& zone) const;
     Plane<const T> blockFor(const Zone& zone) const;
     void results(Plane<const T> src, Plane<T> dst, QelSize size) const;
+    void resultsRowByRow(Plane<const T> src, Plane<T> dst, QelSize size) const;
     Plane<T> dst(const Zone& zone) const;
     template <class P>
     P* pixel(P* row, int x) const {
@@ -71,7 +85,11 @@ private:
 
     MorphRegion<T> region_;
     const QelMorphState* state_;
+    Blocks blocks_;
     MorphRowsKernel<T>* kernel_;
+    MorphSharedRowsKernel<T>* sharedKernel_;
+    bool shares_;
+    SharedOffsets inSource_, inBlock_;
     int next_ = 0;
 };
 
@@ -154,6 +172,7 @@ private:
             case qelMorphRect:
                 return RectMorph<T>(op, region, state);
             case qelMorphEllipse:
+                if (GeneralMorph<T>::suitsEllipse(state)) return GeneralMorph<T>(op, region, state);
                 return EllipseMorph<T>(op, region, state);
             case qelMorphEmpty:
                 break;

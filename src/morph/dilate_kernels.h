@@ -29,6 +29,27 @@ extern const Kernel<MorphRowsKernel<Qel8u>> Erode_8u_C1S;
 extern const Kernel<MorphRowsKernel<Qel32f>> Dilate_32f_C1S;
 extern const Kernel<MorphRowsKernel<Qel32f>> Erode_32f_C1S;
 
+// Where the samples are that kRows rows of results take, in bytes from the first sample of the source: each row begins
+// with first[row]; samples taken by the rows whose bits make the number `by` stand from p[end[by - 1]] to p[end[by]].
+struct SharedOffsets {
+    static constexpr int kRows = 4;
+    static constexpr int kGroups = 1 << kRows;
+    static constexpr int kMost = 512;
+
+    std::array<std::ptrdiff_t, kRows> first;
+    std::array<int, kGroups> end;
+    std::array<std::ptrdiff_t, kMost> p;
+};
+
+// As above for the kRows rows from each multiple of kRows on; size.height is a multiple of kRows.
+template <class T>
+using MorphSharedRowsKernel = void(Plane<const T> src, Plane<T> dst, QelSize size, const SharedOffsets& offsets);
+
+extern const Kernel<MorphSharedRowsKernel<Qel8u>> ownDilate_8u_C1S_4;
+extern const Kernel<MorphSharedRowsKernel<Qel8u>> ownErode_8u_C1S_4;
+extern const Kernel<MorphSharedRowsKernel<Qel32f>> ownDilate_32f_C1S_4;
+extern const Kernel<MorphSharedRowsKernel<Qel32f>> ownErode_32f_C1S_4;
+
 // Collects offsets and calls use(SampleOffsets) for as many at a time as fit the stack.
 template <class Use>
 class OffsetCollector {
