@@ -1,5 +1,6 @@
 #include "morph/dilate.h"
 
+#include "frame/border.h"
 #include "frame/image_primitives.h"
 
 namespace qel {
@@ -29,6 +30,23 @@ qelStatus morph(MorphOp op, int channels, const T* pSrc, int srcStep, T* pDst, i
 }
 
 }  // namespace
+
+qelStatus copyReplicateBorder(Plane<const Qel8u> src, QelSize srcSize, Plane<Qel8u> dst, QelSize dstSize, QelPoint at,
+                              int channels) {
+    const auto& copy = channels == 1   ? qeliCopyReplicateBorder_8u_C1R
+                       : channels == 3 ? qeliCopyReplicateBorder_8u_C3R
+                                       : qeliCopyReplicateBorder_8u_C4R;
+    return copy(src.p, src.step, srcSize, dst.p, dst.step, dstSize, at.y, at.x);
+}
+
+qelStatus copyReplicateBorder(Plane<const Qel32f> src, QelSize srcSize, Plane<Qel32f> dst, QelSize dstSize, QelPoint at,
+                              int channels) {
+    const auto& copy = channels == 1   ? qeliCopyReplicateBorder_32s_C1R
+                       : channels == 3 ? qeliCopyReplicateBorder_32s_C3R
+                                       : qeliCopyReplicateBorder_32s_C4R;
+    return copy(reinterpret_cast<const Qel32s*>(src.p), src.step, srcSize, reinterpret_cast<Qel32s*>(dst.p), dst.step,
+                dstSize, at.y, at.x);
+}
 
 template <class T>
 EmptyMorph<T>::EmptyMorph(MorphOp, const MorphRegion<T>& region, const QelMorphState& state)

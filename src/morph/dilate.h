@@ -3,6 +3,7 @@
 #define QELCV_MORPH_DILATE_H_
 
 #include <algorithm>
+#include <array>
 #include <variant>
 
 #include "frame/image.h"
@@ -27,9 +28,18 @@ struct MorphRegion {
 
 template <class T>
 inline MorphRowsKernel<T>* rowsKernel(MorphOp op) {
-    if constexpr (sizeof(T) == 1) return op == MorphOp::kDilate ? Dilate_8u_C1S : Erode_8u_C1S;
-    if constexpr (sizeof(T) == 4) return op == MorphOp::kDilate ? Dilate_32f_C1S : Erode_32f_C1S;
+    if constexpr (sizeof(T) == 1) {
+        return op == MorphOp::kDilate ? Dilate_8u_C1S : Erode_8u_C1S;
+    } else {
+        return op == MorphOp::kDilate ? Dilate_32f_C1S : Erode_32f_C1S;
+    }
 }
+
+// The border of the nearest pixel around an image, by the bits of its samples.
+qelStatus copyReplicateBorder(Plane<const Qel8u> src, QelSize srcSize, Plane<Qel8u> dst, QelSize dstSize, QelPoint at,
+                              int channels);
+qelStatus copyReplicateBorder(Plane<const Qel32f> src, QelSize srcSize, Plane<Qel32f> dst, QelSize dstSize, QelPoint at,
+                              int channels);
 
 // An engine makes the rows of the result in their order: makeUpTo(end) those above row `end` that are not made yet, out
 // of the rows of the source above sourceRowsFor(end), all of them still in place. Row `end` of the result and those
@@ -134,17 +144,26 @@ public:
     void makeUpTo(int end);
 
 private:
+    static constexpr int kLongestAtOnce = 31;
+
+    void placeLines();
+    bool listNested();
     void takeRuns(int y);
-    void combine(int y) const;
-    T* line(int y, int run) const { return lines_[y % state_->maskHeight * info_.runCount + run]; }
+    void takeRunsAtOnce(const T* pSrcRow, T* pLines);
+    void combine(int y);
+    T* lines(int slot) const { return pLines_ + pitch_ * slot * info_.runCount; }
 
     MorphRegion<T> region_;
     const QelMorphState* state_;
     QelMorphKernelInfo info_;
-    ScratchRows<T> lines_;
-    bool isDilation_;
+    MorphOp op_;
     MorphRowsKernel<T>* kernel_;
-    int taken_ = 0;  // rows of the source
+    T* pLines_;             // of each row of the source that is kept, one for each run
+    std::ptrdiff_t pitch_;  // samples from one line to the next
+    T* pBordered_;          // a row of the source with its border, where all runs are taken at once; or null
+    std::array<std::ptrdiff_t, kLongestAtOnce> offsets_;
+    int taken_ = 0;   // rows of the source
+    int window_ = 0;  // row of the source in the first lines, for the rows that are combined now
     int next_ = 0;
 };
 

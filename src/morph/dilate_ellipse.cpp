@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <climits>
 
 #include "morph/dilate.h"
 #include "morph/filter_min_max_tables.h"
@@ -29,25 +30,69 @@ MinMaxRowKernel<T>* rowRoutine(bool isDilation, int channels, int length, int wi
     return *rowTable<T>(isDilation, channels)[fixed ? length : 0];
 }
 
-// The rows of one length stand together, as many as the rectangle is high.
 template <class T>
-ScratchRows<T> carveLines(const QelMorphState& state, QelSize size) {
-    const int count = state.maskHeight * state.pInfo->runCount;
-    const int64_t room = (int64_t{count} + 1) * (rowOf<T>(state.maxWidth, state.channels).bytes + 32);
-    T* const piece = reinterpret_cast<T*>(alignUp(state.pWork, sizeof(T)));
-    return ScratchRows<T>(piece, room / int64_t{sizeof(T)}, size.width * state.channels, count);
+MorphRunsKernel<T>* runsKernel(MorphOp op) {
+    if constexpr (sizeof(T) == 1) {
+        return op == MorphOp::kDilate ? ownDilateRuns_8u : ownErodeRuns_8u;
+    } else {
+        return op == MorphOp::kDilate ? ownDilateRuns_32f : ownErodeRuns_32f;
+    }
 }
+
+constexpr int kLine = 64;
 
 }  // namespace
 
 template <class T>
 EllipseMorph<T>::EllipseMorph(MorphOp op, const MorphRegion<T>& region, const QelMorphState& state)
-    : region_(region),
-      state_(&state),
-      info_(*state.pInfo),
-      lines_(carveLines<T>(state, region.size)),
-      isDilation_(op == MorphOp::kDilate),
-      kernel_(rowsKernel<T>(op)) {}
+    : region_(region), state_(&state), info_(*state.pInfo), op_(op), kernel_(rowsKernel<T>(op)) {
+    placeLines();
+}
+
+// As many lines as the mask's rectangle has rows, for each run, and behind them a row with its border if there is room.
+// Lines begin where those of the cache do, unless there is less room than they would take.
+template <class T>
+void EllipseMorph<T>::placeLines() {
+    const int64_t count = int64_t{state_->maskHeight} * info_.runCount;
+    const int64_t room = (count + 1) * (rowOf<T>(state_->maxWidth, state_->channels).bytes + 32);
+    const int64_t rowBytes = rowOf<T>(region_.size.width, state_->channels).bytes;
+    const int64_t borderBytes = (info_.pRunLength[0] - int64_t{1}) * state_->channels * int{sizeof(T)};
+    const bool listed = listNested();
+    for (const int alignment : {kLine, 32}) {
+        const int64_t pitch = alignUp(rowBytes, alignment);
+        char* const first = alignUp(state_->pWork, static_cast<size_t>(alignment));
+        const int64_t used = first - reinterpret_cast<char*>(state_->pWork) + pitch * count;
+        const bool atOnce = listed && used + borderBytes + kLine + rowBytes <= room;
+        if (!atOnce && used > room) continue;
+        pLines_ = reinterpret_cast<T*>(first);
+        pitch_ = static_cast<std::ptrdiff_t>(pitch / int64_t{sizeof(T)});
+        char* const bordered = first + pitch * count + int64_t{info_.pRunOffset[0]} * state_->channels * int{sizeof(T)};
+        pBordered_ = atOnce ? reinterpret_cast<T*>(alignUp(bordered, size_t{kLine})) : nullptr;
+        return;
+    }
+}
+
+// The pixels of the shortest run, then those that each longer one adds. Returns false where a run is not within the
+// next longer one.
+template <class T>
+bool EllipseMorph<T>::listNested() {
+    if (info_.pRunLength[0] > kLongestAtOnce) return false;
+    size_t count = 0;
+    int begin = 0;
+    int end = 0;  // of the run before, from the anchor's column
+    const auto add = [&](int x) { offsets_[count++] = std::ptrdiff_t{x} * state_->channels; };
+    for (int run = info_.runCount - 1; run >= 0; --run) {
+        const int runBegin = -info_.pRunOffset[run];
+        const int runEnd = runBegin + info_.pRunLength[run];
+        if (count == 0) begin = end = runBegin;
+        if (runBegin > begin || runEnd < end) return false;
+        for (int x = runBegin; x < begin; ++x) add(x);
+        for (int x = end; x < runEnd; ++x) add(x);
+        begin = runBegin;
+        end = runEnd;
+    }
+    return true;
+}
 
 template <class T>
 void EllipseMorph<T>::makeUpTo(int end) {
@@ -59,22 +104,37 @@ void EllipseMorph<T>::makeUpTo(int end) {
 
 template <class T>
 void EllipseMorph<T>::takeRuns(int y) {
-    for (int run = 0; run < info_.runCount; ++run) {
+    const QelSize size = region_.size;
+    T* pLine = lines(y % state_->maskHeight);
+    if (pBordered_ != nullptr) return takeRunsAtOnce(region_.src.row(y), pLine);
+    for (int run = 0; run < info_.runCount; ++run, pLine += pitch_) {
         const int length = info_.pRunLength[run];
-        rowRoutine<T>(isDilation_, state_->channels, length, region_.size.width)(
-            region_.src.row(y), line(y, run), region_.size.width, length, info_.pRunOffset[run]);
+        rowRoutine<T>(op_ == MorphOp::kDilate, state_->channels, length, size.width)(
+            region_.src.row(y), pLine, size.width, length, info_.pRunOffset[run]);
     }
 }
 
 template <class T>
-void EllipseMorph<T>::combine(int y) const {
-    const T* const base = lines_[0];
+void EllipseMorph<T>::takeRunsAtOnce(const T* pSrcRow, T* pLines) {
+    const int width = region_.size.width;
+    const int left = info_.pRunOffset[0];
+    copyReplicateBorder({pSrcRow, INT_MAX}, {width, 1}, {pBordered_ - std::ptrdiff_t{left} * state_->channels, INT_MAX},
+                        {width + info_.pRunLength[0] - 1, 1}, {left, 0}, state_->channels);
+    runsKernel<T>(op_)(pBordered_, width * state_->channels,
+                       {offsets_.data(), info_.pRunLength, info_.runCount, pLines, pitch_});
+}
+
+template <class T>
+void EllipseMorph<T>::combine(int y) {
     const QelSize size = {region_.size.width * state_->channels, 1};
-    const auto use = [&](const SampleOffsets& offsets) { kernel_({base, 0}, region_.dst.from(y), size, offsets); };
+    const int top = y - state_->anchorY;
+    while (top - window_ >= state_->maskHeight) window_ += state_->maskHeight;
+    const auto use = [&](const SampleOffsets& offsets) { kernel_({pLines_, 0}, region_.dst.from(y), size, offsets); };
     OffsetCollector offsets(use);
     for (int i = 0; i < info_.rowCount; ++i) {
-        const int source = std::clamp(y - state_->anchorY + info_.pRowOffset[i], 0, region_.size.height - 1);
-        offsets.add((line(source, info_.pRowRun[i]) - base) * std::ptrdiff_t{sizeof(T)});
+        int slot = std::clamp(top + info_.pRowOffset[i], 0, region_.size.height - 1) - window_;
+        if (slot >= state_->maskHeight) slot -= state_->maskHeight;
+        offsets.add((lines(slot) + pitch_ * info_.pRowRun[i] - pLines_) * std::ptrdiff_t{sizeof(T)});
     }
     offsets.finish();
 }

@@ -1,32 +1,17 @@
 #include <algorithm>
 
-#include "frame/border.h"
 #include "morph/dilate.h"
 
 namespace qel {
 namespace {
 
-qelStatus copyReplicateBorder(Plane<const Qel8u> src, QelSize srcSize, Plane<Qel8u> dst, QelSize dstSize, QelPoint at,
-                              int channels) {
-    const auto& copy = channels == 1   ? qeliCopyReplicateBorder_8u_C1R
-                       : channels == 3 ? qeliCopyReplicateBorder_8u_C3R
-                                       : qeliCopyReplicateBorder_8u_C4R;
-    return copy(src.p, src.step, srcSize, dst.p, dst.step, dstSize, at.y, at.x);
-}
-
-qelStatus copyReplicateBorder(Plane<const Qel32f> src, QelSize srcSize, Plane<Qel32f> dst, QelSize dstSize, QelPoint at,
-                              int channels) {
-    const auto& copy = channels == 1   ? qeliCopyReplicateBorder_32s_C1R
-                       : channels == 3 ? qeliCopyReplicateBorder_32s_C3R
-                                       : qeliCopyReplicateBorder_32s_C4R;
-    return copy(reinterpret_cast<const Qel32s*>(src.p), src.step, srcSize, reinterpret_cast<Qel32s*>(dst.p), dst.step,
-                dstSize, at.y, at.x);
-}
-
 template <class T>
 MorphSharedRowsKernel<T>* sharedRowsKernel(MorphOp op) {
-    if constexpr (sizeof(T) == 1) return op == MorphOp::kDilate ? ownDilate_8u_C1S_4 : ownErode_8u_C1S_4;
-    if constexpr (sizeof(T) == 4) return op == MorphOp::kDilate ? ownDilate_32f_C1S_4 : ownErode_32f_C1S_4;
+    if constexpr (sizeof(T) == 1) {
+        return op == MorphOp::kDilate ? ownDilate_8u_C1S_4 : ownErode_8u_C1S_4;
+    } else {
+        return op == MorphOp::kDilate ? ownDilate_32f_C1S_4 : ownErode_32f_C1S_4;
+    }
 }
 
 template <class T>
@@ -54,14 +39,19 @@ typename GeneralMorph<T>::Blocks GeneralMorph<T>::blocksOf(const QelMorphState& 
     return {reinterpret_cast<T*>(alignUp(state.pWork, size_t{16})), static_cast<int>(step), bytes / step};
 }
 
-// From about so many elements on, runs along the rows are fewer steps.
+// Runs along the rows are fewer steps from a few elements on, but keep lines of extremes, and those of wide images do
+// not stay in the nearest cache.
 template <class T>
 bool GeneralMorph<T>::suitsEllipse(const QelMorphState& state) {
-    constexpr int kFewElements = 64;
+    constexpr int kFewElements = 16;
+    constexpr int kMostElements = 64;
+    constexpr int64_t kNearBytes = 48 * 1024;
     const QelMorphKernelInfo& info = *state.pInfo;
+    const int64_t linesBytes =
+        rowOf<T>(state.maxWidth, state.channels).bytes * state.maskHeight * int64_t{info.runCount};
     int64_t elements = 0;
     for (int i = 0; i < info.rowCount; ++i) elements += info.pRunLength[info.pRowRun[i]];
-    return elements <= kFewElements && SharedPlaces(state).exist() &&
+    return elements <= (linesBytes > kNearBytes ? kMostElements : kFewElements) && SharedPlaces(state).exist() &&
            blocksOf(state).rows >= state.maskHeight + SharedOffsets::kRows - 1;
 }
 
@@ -143,12 +133,11 @@ Plane<const T> GeneralMorph<T>::blockFor(const Zone& zone) const {
 template <class T>
 void GeneralMorph<T>::results(Plane<const T> src, Plane<T> dst, QelSize size) const {
     constexpr int kRows = SharedOffsets::kRows;
-    if (!shares_) return resultsRowByRow(src, dst, size);
+    if (!shares_ || size.height < kRows) return resultsRowByRow(src, dst, size);
     const SharedOffsets& offsets = src.p == blocks_.p ? inBlock_ : inSource_;
     const QelSize shared = samples({size.width, size.height / kRows * kRows}, state_->channels);
     sharedKernel_(src, dst, shared, offsets);
     if (size.height % kRows == 0) return;
-    if (size.height < kRows) return resultsRowByRow(src, dst, size);
     const int last = size.height - kRows;
     sharedKernel_(src.from(last), dst.from(last), {shared.width, kRows}, offsets);
 }

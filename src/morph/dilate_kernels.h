@@ -50,6 +50,25 @@ extern const Kernel<MorphSharedRowsKernel<Qel8u>> ownErode_8u_C1S_4;
 extern const Kernel<MorphSharedRowsKernel<Qel32f>> ownDilate_32f_C1S_4;
 extern const Kernel<MorphSharedRowsKernel<Qel32f>> ownErode_32f_C1S_4;
 
+// Runs along a row, each of which lies within the one before, and a line of extremes for each.
+template <class T>
+struct NestedRuns {
+    const std::ptrdiff_t* pOffsets;  // in samples from that of the result; the first pLength[run] are those of a run
+    const Qel32s* pLength;           // [count], descending
+    int count;
+    T* pLines;
+    std::ptrdiff_t pitch;  // samples from one line to the next
+};
+
+// All lines in one step. pSrc can be read as far to both sides as the runs reach.
+template <class T>
+using MorphRunsKernel = void(const T* pSrc, int samples, const NestedRuns<T>& runs);
+
+extern const Kernel<MorphRunsKernel<Qel8u>> ownDilateRuns_8u;
+extern const Kernel<MorphRunsKernel<Qel8u>> ownErodeRuns_8u;
+extern const Kernel<MorphRunsKernel<Qel32f>> ownDilateRuns_32f;
+extern const Kernel<MorphRunsKernel<Qel32f>> ownErodeRuns_32f;
+
 // Collects offsets and calls use(SampleOffsets) for as many at a time as fit the stack.
 template <class Use>
 class OffsetCollector {

@@ -14,8 +14,8 @@ void SharedPlaces::add(int x, int y) {
         first_ = place;
         return;
     }
-    for (int row = 0; row < SharedOffsets::kRows; ++row)
-        by_[static_cast<size_t>(place + row * width_)] |= static_cast<Qel8u>(1 << row);
+    Qel8u* const pBy = by_.data() + place;
+    for (int row = 0; row < SharedOffsets::kRows; ++row) pBy[row * width_] |= static_cast<Qel8u>(1 << row);
 }
 
 SharedOffsets SharedPlaces::offsets(int step, int pixelBytes) const {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "kit/checks.h"
@@ -21,6 +22,7 @@ using namespace masks;  // NOLINT(google-build-using-namespace)
 // One sample type with its channels.
 template <class T>
 struct Member {
+    using Sample = T;
     const char* name;
     int channels;
     qelStatus (*getSize)(int, const Qel8u*, QelSize, int*);
@@ -147,6 +149,21 @@ TEST_P(Dilate, Ellipses) {
     onEveryMember([](const auto& m) { randomMasks(m, Kind::kEllipse, 150); });
 }
 
+// Wide images of few and many lines, runs that lie within each other and runs that do not.
+TEST_P(Dilate, EllipsesOfWideImages) {
+    const Mask masks[] = {drawn({"...#...", ".#####.", "#######", "#######", "#######", ".#####.", "...#..."}, {3, 3}),
+                          drawn({"###..", "..##.", "#####"}, {2, 1}), drawn({".#.", "###", ".#."}, {1, 1}),
+                          drawn({"..#", "###", "...", "###", "..#"}, {2, 1})};
+    for (const Mask& mask : masks) {
+        for (const int width : {300, 2600}) {
+            kit::Trial trial(uint32_t(width), {width, 11});
+            setContent(trial, 0);
+            agreesWithModel(k8uC1, trial, mask, allocated(k8uC1, width, mask).get());
+            if (width == 300) agreesWithModel(k32fC3, trial, mask, allocated(k32fC3, 1000, mask).get());
+        }
+    }
+}
+
 TEST_P(Dilate, MoreElementsThanARunOfTheLoopTakes) {
     kit::Trial trial(5, {150, 12});
     setContent(trial, 0);
@@ -253,7 +270,7 @@ TEST_P(Dilate, StatesInTheCallersBlock) {
     const Mask masks[] = {drawn({"#.#", ".##", "##."}, {1, 1}), drawn({".#.", "###", ".#.", ".#."}, {1, 2}),
                           drawn({"..##", "..##"}, {2, 1}), drawn({"....", "...."}, {2, 1}),
                           drawn({"..##", "..##"}, {0, 0})};
-    onEveryMember([&]<class T>(const Member<T>& m) {
+    onEveryMember([&](const auto& m) {
         for (const Mask& mask : masks) {
             for (size_t distance = 0; distance < 32; ++distance) {
                 kit::Trial trial(uint32_t(distance), {int(23 + distance), 6});
@@ -306,12 +323,13 @@ TEST_P(Dilate, StatesOfTheirOwnServeThreadsAtOnce) {
 // Sizes count pointers of 4 bytes, and of 8 where they are as wide.
 TEST(Morphology, SizesToTheByte) {
     constexpr int kWide = sizeof(void*) - 4;
-    const auto size = []<class T>(const Member<T>& m, int roiWidth, const Mask& mask) {
+    const auto size = [](const auto& m, int roiWidth, const Mask& mask) {
         int bytes = 0;
         EXPECT_EQ(qelStatusOk, m.getSize(roiWidth, mask.elements.data(), mask.size, &bytes));
         return bytes;
     };
-    onEveryMember([&]<class T>(const Member<T>& m) {
+    onEveryMember([&](const auto& m) {
+        using T = typename std::decay_t<decltype(m)>::Sample;
         SCOPED_TRACE(m.name);
         const int pixel = m.channels * int(sizeof(T));
         for (const int width : {1, 7, 16, 100, 1001}) {
@@ -348,7 +366,8 @@ TEST(Morphology, SizesToTheByte) {
 
 // The size tells the class: only an ellipse's counts rows by the length of runs.
 TEST(Morphology, FewElementsOfSinglePrecisionAreGeneral) {
-    const auto isGeneral = []<class T>(const Member<T>& m, int width, int height) {
+    const auto isGeneral = [](const auto& m, int width, int height) {
+        using T = typename std::decay_t<decltype(m)>::Sample;
         Mask mask = clear({width, height}, {});
         for (int x = 0; x < width; ++x) mask.set(x, height / 2);
         mask.set(width / 2, 0);
@@ -495,7 +514,8 @@ TEST(Morphology, ChecksOfCalls) {
 TEST(Morphology, RegionsWiderThanTheStateServes) {
     for (const Mask& mask :
          {drawn({"#.#", ".##"}, {1, 1}), drawn({".#.", "###"}, {1, 1}), drawn({"##"}, {0, 0}), drawn({"."}, {0, 0})}) {
-        onEveryMember([&]<class T>(const Member<T>& m) {
+        onEveryMember([&](const auto& m) {
+            using T = typename std::decay_t<decltype(m)>::Sample;
             const State state = allocated(m, 7, mask);
             const kit::Image<T> src({8, 3}, T(1), m.channels);
             kit::Image<T> got({8, 3}, T(9), m.channels);

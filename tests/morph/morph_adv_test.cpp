@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "kit/checks.h"
@@ -23,6 +24,7 @@ enum Operation { kOpen, kClose, kTophat, kBlackhat, kGradient, kOperations };
 // One sample type with its channels.
 template <class T>
 struct Member {
+    using Sample = T;
     const char* name;
     int channels;
     qelStatus (*getSize)(QelSize, const Qel8u*, QelSize, int*);
@@ -205,7 +207,7 @@ TEST_P(MorphAdv, ManyRows) {
 TEST_P(MorphAdv, StatesInTheCallersBlock) {
     const Mask masks[] = {drawn({"#.#", ".##", "##."}, {0, 2}), drawn({".#.", "###", ".#.", ".#."}, {1, 2}),
                           drawn({"..##", "..##"}, {0, 0}), drawn({"....", "...."}, {2, 1})};
-    onEveryMember([&]<class T>(const Member<T>& m) {
+    onEveryMember([&](const auto& m) {
         for (const Mask& mask : masks) {
             for (size_t distance = 0; distance < 32; ++distance) {
                 kit::Trial trial(uint32_t(distance), {int(3 + distance), 6});
@@ -230,7 +232,8 @@ TEST_P(MorphAdv, StatesInTheCallersBlock) {
 
 TEST_P(MorphAdv, ConstantImagesHaveNoHats) {
     const Mask mask = drawn({"##.", ".##"}, {1, 1});
-    onEveryMember([&]<class T>(const Member<T>& m) {
+    onEveryMember([&](const auto& m) {
+        using T = typename std::decay_t<decltype(m)>::Sample;
         const kit::Image<T> src({40, 9}, T(77), m.channels);
         const kit::Image<T> zero({40, 9}, T(0), m.channels);
         for (const Operation operation : {kTophat, kBlackhat, kGradient}) {
@@ -298,7 +301,8 @@ TEST(MorphAdvState, SizesToTheByte) {
     const Mask rect = drawn({".##", ".##"}, {});
     const Mask empty = drawn({"..."}, {});
     const Mask ellipse = drawn({".#.", "###"}, {});
-    onEveryMember([&]<class T>(const Member<T>& m) {
+    onEveryMember([&](const auto& m) {
+        using T = typename std::decay_t<decltype(m)>::Sample;
         for (const QelSize roi : {QelSize{1, 1}, {7, 3}, {32, 20}, {101, 77}}) {
             const int row = (roi.width * m.channels * int(sizeof(T)) + 31) & ~31;
             for (const Mask* mask : {&general, &rect, &empty, &ellipse}) {
@@ -451,7 +455,8 @@ TEST(MorphAdvState, ChecksOfCalls) {
 
 TEST(MorphAdvState, RegionsOfOtherSizes) {
     const Mask mask = drawn({"#.#", ".##"}, {1, 1});
-    onEveryMember([&]<class T>(const Member<T>& m) {
+    onEveryMember([&](const auto& m) {
+        using T = typename std::decay_t<decltype(m)>::Sample;
         const State state = allocated(m, {40, 5}, mask);
         const kit::Image<T> src({41, 9}, T(1), m.channels);
         kit::Image<T> got({41, 9}, T(9), m.channels);
