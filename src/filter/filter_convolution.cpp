@@ -28,6 +28,14 @@ void fillConstant(const FixedRows<Src, Mid>& rows, Mid* out, int stride, Src bor
         std::fill_n(out + half * stride, stride, filteredConstant<Mid>(rows.sums[half], borderValue));
 }
 
+// Where rows of the ring begin in a line of the cache: as those of the result. Not where rows are so short that a
+// vector ahead of the aligned ones costs more than stores that straddle lines.
+template <class Mid, class Dst>
+int phaseOfRing(const Dst* pDst, int width) {
+    constexpr int kShortBytes = 512;
+    return width * int64_t{sizeof(Mid)} < kShortBytes ? 0 : phaseOf<Mid>(pDst, sizeof(Dst));
+}
+
 // A turn moves rows of the source, of the ring and of the result.
 template <class Src, class Mid, class Dst>
 int rowsOfTurn(const FixedFilter<Src, Mid, Dst>& filter, int width, int rowSamples) {
@@ -53,7 +61,7 @@ void filterConvolution(const FixedCall<Src, Dst>& call, const FixedFilter<Src, M
 
     Carver carver(pScratch, 32);
     const int64_t room = int64_t{rowSamples} * (taps + ringRows(taps));
-    const ScratchRows<Mid> rows(carver.take<Mid>(room), room, rowSamples, kept, phaseOf<Mid>(call.dst.p, sizeof(Dst)));
+    const ScratchRows<Mid> rows(carver.take<Mid>(room), room, rowSamples, kept, phaseOfRing<Mid>(call.dst.p, width));
     const Border<Src> border = {call.borderMode & kBorderModeMask, call.borderValue};
     const bool above = share.y > 0 || (call.borderMode & kRowsAboveInMemory) != 0;
     const bool below = end < call.roiSize.height || (call.borderMode & kRowsBelowInMemory) != 0;
