@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Finds exported functions without documentation, test or benchmark. Names are spelled whole everywhere."""
+"""Finds exported functions without documentation, test, digest or benchmark. Names are spelled whole everywhere."""
 
 import re
 import sys
@@ -21,11 +21,13 @@ def main():
     exported = visible_symbols(library)
     documented = {name for name, documented in declarations(header_text(root / "include")) if documented}
     tested = words_of(root / "tests", "*_test.cpp")
+    digested = {re.split("[: ]", line)[0] for line in (root / "tests/digests.txt").read_text().splitlines()}
     benchmarked = words_of(root / "bench", "*_bench.cpp")
 
     faults = {
         "without documentation": exported - documented,
         "without a test": exported - tested,
+        "without a digest": exported - digested,
         # While there are no benchmarks at all, none is missing.
         "without a benchmark": exported - benchmarked - NOT_BENCHMARKED if exported & benchmarked else set(),
     }
