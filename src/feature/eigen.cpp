@@ -1,8 +1,12 @@
 #include <algorithm>
+#include <climits>
+#include <type_traits>
 
 #include "feature/eigen_kernels.h"
+#include "filter/border_mode.h"
 #include "frame/check.h"
 #include "frame/scratch.h"
+#include "frame/threads.h"
 #include "qelcv/feature.h"
 #include "qelcv/filter.h"
 
@@ -69,9 +73,9 @@ struct EigenScratch {
 
     // The documented size, as far as it is not the filters'.
     static int64_t bytes(QelSize roiSize) {
-        const int64_t bytesPerPixel = 2 * int64_t{sizeof(Derivative)} + 3 * int64_t{sizeof(Qel32f)};
-        return alignUp(int64_t{roiSize.width}, 16) * roiSize.height * bytesPerPixel + 224;
+        return alignUp(int64_t{roiSize.width}, 16) * roiSize.height * bytesPerPixel() + 224;
     }
+    static constexpr int64_t bytesPerPixel() { return 2 * int64_t{sizeof(Derivative)} + 3 * int64_t{sizeof(Qel32f)}; }
 
     template <class T>
     Plane<T> image(T* p) const {
@@ -146,13 +150,32 @@ struct Parameters {
     Qel32f sign() const { return kernType == kSobel ? -1.0F : 1.0F; }
 };
 
+// A strip of results: `rows` of the region from row y on. Products exist for the rows beside it, too, as far as the
+// average reaches.
+struct Strip {
+    int y;
+    int rows;
+    int above;
+    int below;
+
+    int productRows() const { return above + rows + below; }
+};
+
+// qelBorderRepl, but for rows that lie in memory.
+int modeOf(bool rowsAbove, bool rowsBelow) {
+    return qelBorderRepl | (rowsAbove ? kRowsAboveInMemory : 0) | (rowsBelow ? kRowsBelowInMemory : 0);
+}
+
 template <class Src>
-qelStatus derive(Plane<const Src> src, QelSize roiSize, const Parameters& parameters, const EigenScratch<Src>& s) {
+qelStatus derive(Plane<const Src> src, QelSize roiSize, const Strip& strip, const Parameters& parameters,
+                 const EigenScratch<Src>& s) {
     using F = Filters<Src>;
+    const int first = strip.y - strip.above;
+    const QelSize size = {roiSize.width, strip.productRows()};
+    const int mode = modeOf(first > 0, first + size.height < roiSize.height);
     const auto run = [&](auto& filter, const auto& out, auto... mask) {
-        return [=, &filter] {
-            return filter(src.p, src.step, out.p, out.step, roiSize, mask..., qelBorderRepl, 0, s.work);
-        };
+        return
+            [=, &filter] { return filter(src.row(first), src.step, out.p, out.step, size, mask..., mode, 0, s.work); };
     };
     const int mask = maskOf(parameters.apertureSize);
     return parameters.kernType == kSobel
@@ -161,11 +184,12 @@ qelStatus derive(Plane<const Src> src, QelSize roiSize, const Parameters& parame
 }
 
 template <class Src>
-qelStatus average(QelSize roiSize, int avgWindow, const EigenScratch<Src>& s) {
+qelStatus average(int width, const Strip& strip, int avgWindow, const EigenScratch<Src>& s) {
     const auto run = [&](const Plane<Qel32f>& in, const Plane<Qel32f>& out) {
         return [=, work = s.work] {
-            return qeliFilterLowpassBorder_32f_C1R(in.p, in.step, out.p, out.step, roiSize, maskOf(avgWindow),
-                                                   qelBorderRepl, 0, work);
+            return qeliFilterLowpassBorder_32f_C1R(in.row(strip.above), in.step, out.p, out.step, {width, strip.rows},
+                                                   maskOf(avgWindow), modeOf(strip.above > 0, strip.below > 0), 0,
+                                                   work);
         };
     };
     return Chain()
@@ -173,6 +197,50 @@ qelStatus average(QelSize roiSize, int avgWindow, const EigenScratch<Src>& s) {
         .then(run(s.dxy, s.averageDxy))
         .then(run(s.dyy, s.averageDyy))
         .status();
+}
+
+template <class Src>
+qelStatus eigenStrip(Plane<const Src> src, Plane<Qel32f> dst, QelSize roiSize, const Strip& strip,
+                     const Parameters& parameters, const EigenScratch<Src>& s, EigenKernel* analyse) {
+    const qelStatus derived = derive(src, roiSize, strip, parameters, s);
+    if (derived != qelStatusOk) return derived;
+    GradientProductsKernel<typename Filters<Src>::Derivative>* const products = Filters<Src>::products;
+    for (int y = 0; y < strip.productRows(); ++y) {
+        products(s.dx.row(y), s.dy.row(y), {s.dxx.row(y), s.dxy.row(y), s.dyy.row(y)}, roiSize.width);
+    }
+    const qelStatus averaged = average(roiSize.width, strip, parameters.avgWindow, s);
+    if (averaged != qelStatusOk) return averaged;
+    for (int y = 0; y < strip.rows; ++y) {
+        analyse({s.averageDxx.row(y), s.averageDxy.row(y), s.averageDyy.row(y)}, dst.row(strip.y + y), roiSize.width,
+                parameters.scale(), parameters.sign());
+    }
+    return qelStatusOk;
+}
+
+// Rows of a strip whose scratch stays in the second cache; all of them where the filters may use threads.
+int rowsPerStrip(QelSize roiSize, int64_t bytesPerRow) {
+    constexpr int64_t kSecondCache = 0x50000;
+    constexpr int64_t kLeast = 8;
+    if (owncvGetMaxNumThreads() > 1 && runomp() != 0) return roiSize.height;
+    return static_cast<int>(std::clamp<int64_t>(kSecondCache / bytesPerRow, kLeast, INT_MAX));
+}
+
+// A strip ends where the region does, or so far ahead of its end that masks and average have real rows below.
+template <class Src>
+qelStatus eigenStrips(Plane<const Src> src, Plane<Qel32f> dst, QelSize roiSize, const Parameters& parameters,
+                      const EigenScratch<Src>& s, EigenKernel* analyse) {
+    constexpr int kReach = 4;
+    const int most = rowsPerStrip(roiSize, EigenScratch<Src>::bytesPerPixel() * s.pitch);
+    const int reach = parameters.avgWindow / 2;
+    for (int y = 0; y < roiSize.height;) {
+        const int left = roiSize.height - y;
+        const int rows = left - kReach <= most ? left : most;
+        const Strip strip = {y, rows, std::min(y, reach), std::min(left - rows, reach)};
+        const qelStatus status = eigenStrip(src, dst, roiSize, strip, parameters, s, analyse);
+        if (status != qelStatusOk) return status;
+        y += rows;
+    }
+    return qelStatusOk;
 }
 
 template <class Src>
@@ -195,22 +263,7 @@ qelStatus eigen(Plane<const Src> src, Plane<Qel32f> dst, QelSize roiSize, const 
                                  .status();
     if (status != qelStatusOk) return status;
 
-    const EigenScratch<Src> s(pBuffer, roiSize);
-    const qelStatus derived = derive(src, roiSize, parameters, s);
-    if (derived != qelStatusOk) return derived;
-    auto* const products =
-        static_cast<GradientProductsKernel<typename Filters<Src>::Derivative>*>(Filters<Src>::products);
-    for (int y = 0; y < roiSize.height; ++y) {
-        products(s.dx.row(y), s.dy.row(y), {s.dxx.row(y), s.dxy.row(y), s.dyy.row(y)}, roiSize.width);
-    }
-    const qelStatus averaged = average(roiSize, parameters.avgWindow, s);
-    if (averaged != qelStatusOk) return averaged;
-    EigenKernel* const analyse = analysis.kernel;
-    for (int y = 0; y < roiSize.height; ++y) {
-        analyse({s.averageDxx.row(y), s.averageDxy.row(y), s.averageDyy.row(y)}, dst.row(y), roiSize.width,
-                parameters.scale(), parameters.sign());
-    }
-    return qelStatusOk;
+    return eigenStrips(src, dst, roiSize, parameters, EigenScratch<Src>(pBuffer, roiSize), analysis.kernel);
 }
 
 }  // namespace

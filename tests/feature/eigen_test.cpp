@@ -215,6 +215,19 @@ TEST_P(Eigen, LargeImages) {
     }
 }
 
+// Heights at which the last strip is as long as the others, shorter, or takes a few rows more.
+TEST_P(Eigen, EndsOfStrips) {
+    uint32_t seed = 100;
+    for (const Form& form : kForms) {
+        for (const int height : {18, 19, 20, 22, 23, 24, 25, 38, 41, 43}) {
+            kit::Trial trial(++seed, {1030, height});
+            trial.setContent(kit::Content::kRandom);
+            const kit::Image<Qel8u> image(trial);
+            ASSERT_NO_FATAL_FAILURE(agrees(k8u, image, form, trial));
+        }
+    }
+}
+
 // The definition itself, where all sums are exact: masks over pixels held at the edges.
 Matrices defined(const kit::Image<Qel8u>& image, const Form& form) {
     const auto [width, height] = image.size();
