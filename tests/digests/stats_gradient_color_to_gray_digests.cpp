@@ -3,7 +3,8 @@
 
 namespace {
 
-constexpr auto byAllNorms = []<class T>(digest::Call& c, qelStatus (*function)(const T*, int, T*, int, QelSize, int)) {
+template <class T>
+qelStatus byAllNorms(digest::Call& c, qelStatus (*function)(const T*, int, T*, int, QelSize, int)) {
     const auto src = c.input<T>();
     qelStatus status = qelStatusOk;
     for (const int norm : {0, 1, 2}) {
@@ -11,9 +12,10 @@ constexpr auto byAllNorms = []<class T>(digest::Call& c, qelStatus (*function)(c
         if (status == qelStatusOk) status = function(src.data, src.step, dst.data, dst.step, c.size(), norm);
     }
     return status;
-};
+}
 
 }  // namespace
 
-DIGESTS(byAllNorms, qeliGradientColorToGray_8u_C3C1R, qeliGradientColorToGray_16u_C3C1R,
-        qeliGradientColorToGray_32f_C3C1R);
+DIGESTS(byAllNorms<Qel8u>, qeliGradientColorToGray_8u_C3C1R);
+DIGESTS(byAllNorms<Qel16u>, qeliGradientColorToGray_16u_C3C1R);
+DIGESTS(byAllNorms<Qel32f>, qeliGradientColorToGray_32f_C3C1R);

@@ -30,9 +30,9 @@ namespace {
 struct Progress {
     static constexpr size_t kNames = size_t{1} << 20;
 
-    bool ranToTheEnd;
-    bool inTest;
-    char names[kNames];  // of the tests that began, with a colon ahead of each
+    bool ranToTheEnd = false;
+    bool inTest = false;
+    char names[kNames] = {};  // of the tests that began, with a colon ahead of each
 };
 
 class Reporter : public testing::EmptyTestEventListener {
