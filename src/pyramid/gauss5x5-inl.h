@@ -40,17 +40,17 @@ template <int kEven, int kOdd, class D16, class V8>
 HWY_INLINE hn::Vec<D16> weightedPairs(D16 d16, V8 bytes) {
     using V = hn::Vec<D16>;
     const V weights = hn::Set(d16, kEven | kOdd << 8);
-    if constexpr (sizeof(V) == 16) {
-        return V{_mm_maddubs_epi16(bytes.raw, weights.raw)};
-#if HWY_TARGET <= HWY_AVX2
-    } else if constexpr (sizeof(V) == 32) {
-        return V{_mm256_maddubs_epi16(bytes.raw, weights.raw)};
-#endif
 #if HWY_TARGET <= HWY_AVX3
-    } else if constexpr (sizeof(V) == 64) {
+    if constexpr (sizeof(V) == 64)
         return V{_mm512_maddubs_epi16(bytes.raw, weights.raw)};
+    else
 #endif
-    }
+#if HWY_TARGET <= HWY_AVX2
+        if constexpr (sizeof(V) == 32)
+        return V{_mm256_maddubs_epi16(bytes.raw, weights.raw)};
+    else
+#endif
+        return V{_mm_maddubs_epi16(bytes.raw, weights.raw)};
 }
 
 // Stores block k of v at p + k * stride. Blocks may reach over the next one's place, since they are stored in order.

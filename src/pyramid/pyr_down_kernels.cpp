@@ -26,7 +26,8 @@ constexpr int kStoredPixels = sizeof(T) == 4 ? 1 : 4;
 template <class T, int kChannels>
 constexpr int slotLanes(int pixels) {
     if constexpr (kChannels == 1) return pixels;
-    return static_cast<int>(laneOf<T, kChannels>((pixels + kStoredPixels<T> - 1) & -kStoredPixels<T>));
+    constexpr int kStored = kStoredPixels<T>;
+    return static_cast<int>(laneOf<T, kChannels>((pixels + kStored - 1) / kStored * kStored));
 }
 
 // The sums of pixels from `first` up to `end`, one by one: the ends of a row.

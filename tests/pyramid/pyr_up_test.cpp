@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <array>
+
 #include "kit/checks.h"
 #include "pyramid/gauss5x5_case.h"
 
@@ -12,18 +15,23 @@ template <class T>
 T modelSample(const kit::Image<T>& src, int x, int y, int c) {
     const QelSize size = src.size();
     const int channels = src.channels();
-    // A single sample is read throughout: all the weights of the pattern meet it.
-    const auto weight = [](int at, int from, int count, int k) {
-        if (count == 1) return k == 0 ? 8 : 0;
-        int sum = 0;
-        for (int i = -2; i <= 2; ++i)
-            if (reflect(at + i, 2 * count) == from) sum += kWeights[i + 2];
-        return sum;
+    // Weights of the source's samples from `first` on, by where each of the five falls. A single one is read
+    // throughout.
+    const auto weightsFrom = [](int first, int at, int count) {
+        std::array<int, 4> weights = {};
+        if (count == 1) weights[size_t(-first)] = 8;
+        for (int i = -2; i <= 2 && count > 1; ++i) {
+            const int from = reflect(at + i, 2 * count);
+            if (from % 2 == 0) weights[size_t(from / 2 - first)] += kWeights[i + 2];
+        }
+        return weights;
     };
+    const int left = std::max(0, x / 2 - 1), top = std::max(0, y / 2 - 1);
+    const auto wx = weightsFrom(left, x, size.width), wy = weightsFrom(top, y, size.height);
     int sum = 32;
-    for (int j = std::max(0, y / 2 - 1); j < std::min(size.height, y / 2 + 3); ++j)
-        for (int i = std::max(0, x / 2 - 1); i < std::min(size.width, x / 2 + 3); ++i)
-            sum += weight(x, 2 * i, size.width, i) * weight(y, 2 * j, size.height, j) * src.at(i * channels + c, j);
+    for (int j = top; j < std::min(size.height, top + 4); ++j)
+        for (int i = left; i < std::min(size.width, left + 4); ++i)
+            sum += wx[size_t(i - left)] * wy[size_t(j - top)] * src.at(i * channels + c, j);
     return T(std::floor(sum / 64.0));
 }
 

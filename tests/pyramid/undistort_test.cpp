@@ -36,7 +36,8 @@ void radialModel(const kit::Image<T>& src, kit::Image<T>& want, int channels, co
                 const Qel32f left = s(i, j) * w00 + s(i, j + 1) * w10;
                 const Qel32f right = s(i + 1, j) * w01 + s(i + 1, j + 1) * w11;
                 const Qel32f sum = right + left;
-                want.at(x * channels + c, y) = std::is_integral_v<T> ? T(sum + 0.5F) : T(sum);
+                constexpr Qel32f kRound = std::is_integral_v<T> ? 0.5F : -0.0F;
+                want.at(x * channels + c, y) = T(sum + kRound);
             }
         }
     }
