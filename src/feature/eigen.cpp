@@ -1,92 +1,72 @@
 #include <algorithm>
-#include <climits>
-#include <type_traits>
 
 #include "feature/eigen_kernels.h"
-#include "filter/border_mode.h"
+#include "filter/fixed_filters.h"
 #include "frame/check.h"
+#include "frame/row_ring.h"
+#include "frame/rows.h"
 #include "frame/scratch.h"
-#include "frame/threads.h"
 #include "qelcv/feature.h"
 #include "qelcv/filter.h"
 
 namespace qel {
 namespace {
 
-enum KernType { kSobel, kScharr };
-
 constexpr int maskOf(int side) { return side * 11; }
+constexpr int kMostTaps = 5;
 constexpr bool isSide(int side) { return side == 3 || side == 5; }
 
-// What there is for a type of source: the filters, and the type of derivatives.
+// What there is for a type of source: its kernel, the type of derivatives, and the filters whose scratch a call counts.
 template <class Src>
 struct Filters;
 
 template <>
 struct Filters<Qel8u> {
     using Derivative = Qel16s;
-    static constexpr auto& sobelVert = qeliFilterSobelVertBorder_8u16s_C1R;
-    static constexpr auto& sobelHoriz = qeliFilterSobelHorizBorder_8u16s_C1R;
-    static constexpr auto& scharrVert = qeliFilterScharrVertBorder_8u16s_C1R;
-    static constexpr auto& scharrHoriz = qeliFilterScharrHorizBorder_8u16s_C1R;
     static constexpr auto& sobelVertSize = qeliFilterSobelVertGetBufferSize_8u16s_C1R;
     static constexpr auto& sobelHorizSize = qeliFilterSobelHorizGetBufferSize_8u16s_C1R;
     static constexpr auto& scharrVertSize = qeliFilterScharrVertGetBufferSize_8u16s_C1R;
     static constexpr auto& scharrHorizSize = qeliFilterScharrHorizGetBufferSize_8u16s_C1R;
-    static constexpr auto& products = ownMinEigenVal_16s32f_C1R_W7;
+    static constexpr auto& sums = ownMinEigenVal_16s32f_C1R_W7;
 };
 
 template <>
 struct Filters<Qel32f> {
     using Derivative = Qel32f;
-    static constexpr auto& sobelVert = qeliFilterSobelVertBorder_32f_C1R;
-    static constexpr auto& sobelHoriz = qeliFilterSobelHorizBorder_32f_C1R;
-    static constexpr auto& scharrVert = qeliFilterScharrVertBorder_32f_C1R;
-    static constexpr auto& scharrHoriz = qeliFilterScharrHorizBorder_32f_C1R;
     static constexpr auto& sobelVertSize = qeliFilterSobelVertGetBufferSize_32f_C1R;
     static constexpr auto& sobelHorizSize = qeliFilterSobelHorizGetBufferSize_32f_C1R;
     static constexpr auto& scharrVertSize = qeliFilterScharrVertGetBufferSize_32f_C1R;
     static constexpr auto& scharrHorizSize = qeliFilterScharrHorizGetBufferSize_32f_C1R;
-    static constexpr auto& products = ownMinEigenVal_32f_C1R_W7;
+    static constexpr auto& sums = ownMinEigenVal_32f_C1R_W7;
 };
 
-// The images between source and result, and the filters' scratch behind them. An average takes the place of the image
-// ahead of its source; that of dxx takes that of the derivatives, as far as it needs.
+// Bytes of the documented scratch, as far as it is not the filters': five images, where rows are enough.
 template <class Src>
+int64_t imageBytes(QelSize roiSize) {
+    constexpr int64_t kPixel = 2 * int64_t{sizeof(typename Filters<Src>::Derivative)} + 3 * int64_t{sizeof(Qel32f)};
+    return alignUp(int64_t{roiSize.width}, 16) * roiSize.height * kPixel + 224;
+}
+
+// What a thread takes of the scratch: less than a filter's share of it, however low and narrow the region is.
 struct EigenScratch {
-    using Derivative = typename Filters<Src>::Derivative;
-    static constexpr int kAlignment = 32;
+    static constexpr int kLine = 64;
 
-    EigenScratch(Qel8u* pBuffer, QelSize roiSize) : pitch(alignUp(int64_t{roiSize.width}, 16)) {
-        Carver carver(pBuffer, kAlignment);
-        const int64_t samples = pitch * roiSize.height;
-        dx = image(carver.take<Derivative>(samples));
-        dy = image(carver.take<Derivative>(samples));
-        dxx = image(carver.take<Qel32f>(samples));
-        dxy = image(carver.take<Qel32f>(samples));
-        dyy = image(carver.take<Qel32f>(samples));
-        work = carver.take<Qel8u>(0);
-        averageDxx = image(reinterpret_cast<Qel32f*>(std::is_same_v<Src, Qel8u> ? static_cast<void*>(dx.p) : dy.p));
-        averageDxy = dxx;
-        averageDyy = dxy;
+    EigenScratch(void* pBuffer, int width, int avgWindow) {
+        constexpr int kMargin = DerivativeRows::kMargin;
+        const int64_t stride = gradientStride(width);
+        Carver carver(pBuffer, kLine);
+        Qel32f* const dx = carver.take<Qel32f>(stride + 2 * kMargin);
+        Qel32f* const dy = carver.take<Qel32f>(stride + 2 * kMargin);
+        if (dx != nullptr) derivatives = {dx + kMargin, dy + kMargin};
+        sums = carver.take<Qel32f>(3 * stride * avgWindow);
+        pointers = carver.take<Qel32f*>(2 * avgWindow);
+        bytes = carver.bytes();
     }
 
-    // The documented size, as far as it is not the filters'.
-    static int64_t bytes(QelSize roiSize) {
-        return alignUp(int64_t{roiSize.width}, 16) * roiSize.height * bytesPerPixel() + 224;
-    }
-    static constexpr int64_t bytesPerPixel() { return 2 * int64_t{sizeof(Derivative)} + 3 * int64_t{sizeof(Qel32f)}; }
-
-    template <class T>
-    Plane<T> image(T* p) const {
-        return {p, static_cast<int>(pitch * int64_t{sizeof(T)})};
-    }
-
-    int64_t pitch;
-    Plane<Derivative> dx, dy;
-    Plane<Qel32f> dxx, dxy, dyy;
-    Plane<Qel32f> averageDxx, averageDxy, averageDyy;
-    Qel8u* work;
+    DerivativeRows derivatives = {};
+    Qel32f* sums;
+    Qel32f** pointers;
+    int64_t bytes;
 };
 
 // Keeps the status of the first step that failed, and takes no further one.
@@ -127,7 +107,7 @@ qelStatus eigenBufferSize(QelSize roiSize, int apertureSize, int avgWindow, int*
     if (apertureSize == 3) chain.then(atLeast(F::scharrVertSize)).then(atLeast(F::scharrHorizSize));
     chain.then(atLeast(qeliFilterLowpassGetBufferSize_32f_C1R, maskOf(avgWindow)));
     if (chain.status() != qelStatusOk) return chain.status();
-    return writeBufferSize(EigenScratch<Src>::bytes(roiSize) + largest, pBufferSize);
+    return writeBufferSize(imageBytes<Src>(roiSize) + largest, pBufferSize);
 }
 
 // What to compute of each matrix, and how many numbers that is.
@@ -136,119 +116,42 @@ struct Analysis {
     int numbers;
 };
 
-struct Parameters {
-    int kernType;
-    int apertureSize;
-    int avgWindow;
-
-    // 32f has the range of 8u.
-    Qel32f scale() const {
-        const Qel32f scale = 1.0F / (255.0F * static_cast<Qel32f>(1 << (2 * apertureSize - 2)));
-        return kernType == kScharr ? scale * 0.612500012F : scale;
-    }
-    // Sobel's filter points against the x axis.
-    Qel32f sign() const { return kernType == kSobel ? -1.0F : 1.0F; }
-};
-
-// A strip of results: `rows` of the region from row y on. Products exist for the rows beside it, too, as far as the
-// average reaches.
-struct Strip {
-    int y;
-    int rows;
-    int above;
-    int below;
-
-    int productRows() const { return above + rows + below; }
-};
-
-// qelBorderRepl, but for rows that lie in memory.
-int modeOf(bool rowsAbove, bool rowsBelow) {
-    return qelBorderRepl | (rowsAbove ? kRowsAboveInMemory : 0) | (rowsBelow ? kRowsBelowInMemory : 0);
-}
-
+// The rows of a share, one by one: the sums along a window's rows stay in a ring as long as windows need them. Beside
+// the share they are made of the image, beyond the image they are those of its last row.
 template <class Src>
-qelStatus derive(Plane<const Src> src, QelSize roiSize, const Strip& strip, const Parameters& parameters,
-                 const EigenScratch<Src>& s) {
-    using F = Filters<Src>;
-    const int first = strip.y - strip.above;
-    const QelSize size = {roiSize.width, strip.productRows()};
-    const int mode = modeOf(first > 0, first + size.height < roiSize.height);
-    const auto run = [&](auto& filter, const auto& out, auto... mask) {
-        return
-            [=, &filter] { return filter(src.row(first), src.step, out.p, out.step, size, mask..., mode, 0, s.work); };
+void eigenRows(Plane<const Src> src, Plane<Qel32f> dst, int height, const EigenForm& form, const Share& share,
+               const EigenScratch& scratch, EigenKernel* analyse) {
+    const int width = share.size.width;
+    const int end = share.y + share.size.height;
+    const int window = form.avgWindow;
+    const int reach = window / 2;
+    const int rowSamples = 3 * gradientStride(width);
+    const RowRange all = {share.y - reach, end + reach};
+    RowRing<Qel32f> ring({scratch.sums, int64_t{rowSamples} * window, rowSamples, window}, window, scratch.pointers,
+                         all, {std::max(all.begin, 0), std::min(all.end, height)});
+
+    GradientSumsKernel<Src>* const sumGradients = Filters<Src>::sums;
+    const auto rowStage = [&](int first, Qel32f* const* pRows, int count) {
+        for (int i = 0; i < count; ++i) {
+            const Src* rows[kMostTaps];
+            for (int j = 0; j < form.apertureSize; ++j)
+                rows[j] = src.row(std::clamp(first + i + j - form.apertureSize / 2, 0, height - 1));
+            sumGradients(rows, pRows[i], width, form, scratch.derivatives);
+        }
     };
-    const int mask = maskOf(parameters.apertureSize);
-    return parameters.kernType == kSobel
-               ? Chain().then(run(F::sobelVert, s.dx, mask)).then(run(F::sobelHoriz, s.dy, mask)).status()
-               : Chain().then(run(F::scharrVert, s.dx)).then(run(F::scharrHoriz, s.dy)).status();
-}
-
-template <class Src>
-qelStatus average(int width, const Strip& strip, int avgWindow, const EigenScratch<Src>& s) {
-    const auto run = [&](const Plane<Qel32f>& in, const Plane<Qel32f>& out) {
-        return [=, work = s.work] {
-            return qeliFilterLowpassBorder_32f_C1R(in.row(strip.above), in.step, out.p, out.step, {width, strip.rows},
-                                                   maskOf(avgWindow), modeOf(strip.above > 0, strip.below > 0), 0,
-                                                   work);
-        };
-    };
-    return Chain()
-        .then(run(s.dxx, s.averageDxx))
-        .then(run(s.dxy, s.averageDxy))
-        .then(run(s.dyy, s.averageDyy))
-        .status();
-}
-
-template <class Src>
-qelStatus eigenStrip(Plane<const Src> src, Plane<Qel32f> dst, QelSize roiSize, const Strip& strip,
-                     const Parameters& parameters, const EigenScratch<Src>& s, EigenKernel* analyse) {
-    const qelStatus derived = derive(src, roiSize, strip, parameters, s);
-    if (derived != qelStatusOk) return derived;
-    GradientProductsKernel<typename Filters<Src>::Derivative>* const products = Filters<Src>::products;
-    for (int y = 0; y < strip.productRows(); ++y) {
-        products(s.dx.row(y), s.dy.row(y), {s.dxx.row(y), s.dxy.row(y), s.dyy.row(y)}, roiSize.width);
+    const auto outside = [&](int y, Qel32f*) { return ring.place(std::clamp(y, 0, height - 1)); };
+    for (int y = share.y; y < end; ++y) {
+        ring.fillUpTo(y + 1 + reach, rowStage, outside);
+        analyse(ring.window(y - reach), dst.row(y), width, form);
     }
-    const qelStatus averaged = average(roiSize.width, strip, parameters.avgWindow, s);
-    if (averaged != qelStatusOk) return averaged;
-    for (int y = 0; y < strip.rows; ++y) {
-        analyse({s.averageDxx.row(y), s.averageDxy.row(y), s.averageDyy.row(y)}, dst.row(strip.y + y), roiSize.width,
-                parameters.scale(), parameters.sign());
-    }
-    return qelStatusOk;
-}
-
-// Rows of a strip whose scratch stays in the second cache; all of them where the filters may use threads.
-int rowsPerStrip(QelSize roiSize, int64_t bytesPerRow) {
-    constexpr int64_t kSecondCache = 0x50000;
-    constexpr int64_t kLeast = 8;
-    if (owncvGetMaxNumThreads() > 1 && runomp() != 0) return roiSize.height;
-    return static_cast<int>(std::clamp<int64_t>(kSecondCache / bytesPerRow, kLeast, INT_MAX));
-}
-
-// A strip ends where the region does, or so far ahead of its end that masks and average have real rows below.
-template <class Src>
-qelStatus eigenStrips(Plane<const Src> src, Plane<Qel32f> dst, QelSize roiSize, const Parameters& parameters,
-                      const EigenScratch<Src>& s, EigenKernel* analyse) {
-    constexpr int kReach = 4;
-    const int most = rowsPerStrip(roiSize, EigenScratch<Src>::bytesPerPixel() * s.pitch);
-    const int reach = parameters.avgWindow / 2;
-    for (int y = 0; y < roiSize.height;) {
-        const int left = roiSize.height - y;
-        const int rows = left - kReach <= most ? left : most;
-        const Strip strip = {y, rows, std::min(y, reach), std::min(left - rows, reach)};
-        const qelStatus status = eigenStrip(src, dst, roiSize, strip, parameters, s, analyse);
-        if (status != qelStatusOk) return status;
-        y += rows;
-    }
-    return qelStatusOk;
 }
 
 template <class Src>
-qelStatus eigen(Plane<const Src> src, Plane<Qel32f> dst, QelSize roiSize, const Parameters& parameters, Qel8u* pBuffer,
+qelStatus eigen(Plane<const Src> src, Plane<Qel32f> dst, QelSize roiSize, const EigenForm& form, Qel8u* pBuffer,
                 const Analysis& analysis) {
     const RowOf srcRow = rowOf<Src>(roiSize.width);
     const RowOf dstRow = rowOf<Qel32f>(roiSize.width, analysis.numbers);
-    const auto [kernType, apertureSize, avgWindow] = parameters;
+    const auto [kernType, apertureSize, avgWindow] = form;
     const qelStatus status = Check()
                                  .pointers(src.p, dst.p, pBuffer)
                                  .size(roiSize)
@@ -263,7 +166,13 @@ qelStatus eigen(Plane<const Src> src, Plane<Qel32f> dst, QelSize roiSize, const 
                                  .status();
     if (status != qelStatusOk) return status;
 
-    return eigenStrips(src, dst, roiSize, parameters, EigenScratch<Src>(pBuffer, roiSize), analysis.kernel);
+    EigenKernel* const analyse = analysis.kernel;
+    const int64_t threadBytes = EigenScratch(nullptr, roiSize.width, form.avgWindow).bytes;
+    forRows(roiSize, kFixed.reachedBy(roiSize), [&](const Share& share) {
+        const EigenScratch scratch(pBuffer + threadBytes * share.thread, roiSize.width, form.avgWindow);
+        eigenRows(src, dst, roiSize.height, form, share, scratch, analyse);
+    });
+    return qelStatusOk;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "feature/eigen_kernels.h"
 
 #define HWY_TARGET_INCLUDE "feature/eigen_kernels.cpp"
+#include "filter/taps-inl.h"
 #include "frame/simd-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -8,25 +9,49 @@ namespace qel {
 namespace HWY_NAMESPACE {
 namespace {
 
-template <class D>
-HWY_INLINE hn::Vec<D> derivatives(D d, const Qel32f* p) {
-    return hn::LoadU(d, p);
-}
-template <class D>
-HWY_INLINE hn::Vec<D> derivatives(D d, const Qel16s* p) {
-    return hn::ConvertTo(d, hn::PromoteTo(hn::RebindToSigned<D>(), hn::LoadU(hn::Rebind<Qel16s, D>(), p)));
-}
+// The means of a window's matrices, from rows of sums along its rows: summed from the top down.
+template <int kTaps>
+class Means {
+    static constexpr Qel32f kFactor = kTaps == 3 ? 0.11111111F : 0.04F;
 
-template <class T>
-void products(const T* pDx, const T* pDy, const GradientRow<Qel32f>& out, int width) {
-    forVectors(hn::ScalableTag<Qel32f>(), size_t(width), [=](auto d, size_t x) HWY_ATTR {
-        const auto dx = derivatives(d, pDx + x);
-        const auto dy = derivatives(d, pDy + x);
-        hn::StoreU(hn::Mul(dx, dx), d, out.dxx + x);
-        hn::StoreU(hn::Mul(dx, dy), d, out.dxy + x);
-        hn::StoreU(hn::Mul(dy, dy), d, out.dyy + x);
-    });
-}
+    template <class D>
+    struct Column {
+        const Qel32f* const (&rows)[kTaps];
+        size_t at;
+        template <int j>
+        HWY_INLINE hn::Vec<D> operator()(Tap<j>) const {
+            return hn::LoadU(D(), rows[j] + at);
+        }
+    };
+
+public:
+    HWY_INLINE Means(const Qel32f* const* pSums, int width) : stride_(size_t(gradientStride(width))) {
+#pragma GCC unroll 5
+        for (int j = 0; j < kTaps; ++j) rows_[j] = pSums[j];
+    }
+
+    template <class D>
+    HWY_INLINE hn::Vec<D> dxx(D d, size_t x) const {
+        return mean(d, x);
+    }
+    template <class D>
+    HWY_INLINE hn::Vec<D> dxy(D d, size_t x) const {
+        return mean(d, x + stride_);
+    }
+    template <class D>
+    HWY_INLINE hn::Vec<D> dyy(D d, size_t x) const {
+        return mean(d, x + 2 * stride_);
+    }
+
+private:
+    template <class D>
+    HWY_INLINE hn::Vec<D> mean(D d, size_t at) const {
+        return hn::Mul(InTapOrder<kTaps>::sum(Column<D>{rows_, at}), hn::Set(d, kFactor));
+    }
+
+    size_t stride_;
+    const Qel32f* rows_[kTaps];
+};
 
 // sqrt((a - b)^2 + 4 c^2)
 template <class V>
@@ -36,14 +61,20 @@ HWY_INLINE V distance(V a, V b, V c) {
     return hn::Sqrt(hn::Add(hn::Mul(difference, difference), hn::Mul(four, hn::Mul(c, c))));
 }
 
-void smallerEigenvalues(const GradientRow<const Qel32f>& matrices, Qel32f* pDst, int width, Qel32f scale, Qel32f) {
-    const Qel32f halfScale = scale * 0.5F;
-    forVectors(hn::ScalableTag<Qel32f>(), size_t(width), [=](auto d, size_t x) HWY_ATTR {
-        const auto a = hn::LoadU(d, matrices.dxx + x);
-        const auto b = hn::LoadU(d, matrices.dyy + x);
-        const auto c = hn::LoadU(d, matrices.dxy + x);
+template <int kTaps>
+HWY_INLINE void smallerEigenvaluesOf(const Means<kTaps>& means, Qel32f* pDst, int width, Qel32f halfScale) {
+    forVectors(hn::ScalableTag<Qel32f>(), size_t(width), [&](auto d, size_t x) QEL_INLINE_LAMBDA {
+        const auto a = means.dxx(d, x);
+        const auto b = means.dyy(d, x);
+        const auto c = means.dxy(d, x);
         hn::StoreU(hn::Mul(hn::Sub(hn::Add(a, b), distance(a, b, c)), hn::Set(d, halfScale)), d, pDst + x);
     });
+}
+
+void smallerEigenvalues(const Qel32f* const* pSums, Qel32f* pDst, int width, const EigenForm& form) {
+    const Qel32f halfScale = form.scale() * 0.5F;
+    form.avgWindow == 3 ? smallerEigenvaluesOf(Means<3>(pSums, width), pDst, width, halfScale)
+                        : smallerEigenvaluesOf(Means<5>(pSums, width), pDst, width, halfScale);
 }
 
 // Numbers of a pixel: two eigenvalues, the vector of the larger, that of the smaller.
@@ -108,24 +139,29 @@ HWY_INLINE void interleave(const Planes& in, size_t count, Qel32f* pDst) {
     }
 }
 
-void eigenvaluesAndVectors(const GradientRow<const Qel32f>& matrices, Qel32f* pDst, int width, Qel32f scale,
-                           Qel32f sign) {
+template <int kTaps>
+HWY_INLINE void eigenvaluesAndVectorsOf(const Means<kTaps>& means, Qel32f* pDst, int width, const EigenForm& form) {
+    const Qel32f scale = form.scale();
+    const Qel32f sign = form.sign();
     alignas(64) Planes planes;
     for (size_t x = 0; x < size_t(width); x += kBlock) {
         const size_t count = HWY_MIN(kBlock, size_t(width) - x);
         forVectors(hn::ScalableTag<Qel32f>(), count, [&](auto d, size_t i) HWY_ATTR {
-            const auto scaled = [&](const Qel32f* p)
-                                    HWY_ATTR { return hn::Mul(hn::LoadU(d, p + x + i), hn::Set(d, scale)); };
-            analyse(d, scaled(matrices.dxx), scaled(matrices.dyy), scaled(matrices.dxy), sign, i, planes);
+            const auto s = hn::Set(d, scale);
+            analyse(d, hn::Mul(means.dxx(d, x + i), s), hn::Mul(means.dyy(d, x + i), s),
+                    hn::Mul(means.dxy(d, x + i), s), sign, i, planes);
         });
         interleave(planes, count, pDst + kNumbers * x);
     }
 }
 
+void eigenvaluesAndVectors(const Qel32f* const* pSums, Qel32f* pDst, int width, const EigenForm& form) {
+    form.avgWindow == 3 ? eigenvaluesAndVectorsOf(Means<3>(pSums, width), pDst, width, form)
+                        : eigenvaluesAndVectorsOf(Means<5>(pSums, width), pDst, width, form);
+}
+
 }  // namespace
 
-constexpr auto& ownMinEigenVal_16s32f_C1R_W7 = products<Qel16s>;
-constexpr auto& ownMinEigenVal_32f_C1R_W7 = products<Qel32f>;
 constexpr auto& owncalcMinValues_W7 = smallerEigenvalues;
 constexpr auto& calcValues = eigenvaluesAndVectors;
 
@@ -135,8 +171,6 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace qel {
-QEL_KERNEL(ownMinEigenVal_16s32f_C1R_W7);
-QEL_KERNEL(ownMinEigenVal_32f_C1R_W7);
 QEL_KERNEL(owncalcMinValues_W7);
 QEL_KERNEL(calcValues);
 }  // namespace qel

@@ -6,23 +6,45 @@
 
 namespace qel {
 
-// A row of the symmetric matrices {dxx, dxy; dxy, dyy}: products of derivatives, or averages of them.
-template <class T>
-struct GradientRow {
-    T* dxx;
-    T* dxy;
-    T* dyy;
+enum KernType { kSobel, kScharr };
+
+// How to measure: by which derivatives, over which window.
+struct EigenForm {
+    int kernType;
+    int apertureSize;
+    int avgWindow;
+
+    // 32f has the range of 8u.
+    Qel32f scale() const {
+        const Qel32f scale = 1.0F / (255.0F * static_cast<Qel32f>(1 << (2 * apertureSize - 2)));
+        return kernType == kScharr ? scale * 0.612500012F : scale;
+    }
+    // Sobel's filter points against the x axis.
+    Qel32f sign() const { return kernType == kSobel ? -1.0F : 1.0F; }
 };
 
-// dx * dx, dx * dy and dy * dy in single precision.
-template <class T>
-using GradientProductsKernel = void(const T* pDx, const T* pDy, const GradientRow<Qel32f>& products, int width);
-extern const Kernel<GradientProductsKernel<Qel16s>> ownMinEigenVal_16s32f_C1R_W7;
-extern const Kernel<GradientProductsKernel<Qel32f>> ownMinEigenVal_32f_C1R_W7;
+// A row of the symmetric matrices {dxx, dxy; dxy, dyy}, or of sums of them along the row, is three rows one behind the
+// other, this many samples apart: each begins with a line of the cache if the first does.
+constexpr int gradientStride(int width) { return (width + 15) & ~15; }
 
-// Results of a row of matrices, times `scale`: the smaller eigenvalue of each, or six numbers, where the eigenvectors
-// are turned by `sign`.
-using EigenKernel = void(const GradientRow<const Qel32f>& matrices, Qel32f* pDst, int width, Qel32f scale, Qel32f sign);
+// Rows for the derivatives of one row, with room for kMargin samples ahead of each and behind it.
+struct DerivativeRows {
+    static constexpr int kMargin = 16;
+    Qel32f* dx;
+    Qel32f* dy;
+};
+
+// From the rows of the source that a mask covers, form.apertureSize pointers, to the sums of dx * dx, dx * dy and
+// dy * dy over a window along the row, in single precision. Pixels beyond the ends of a row are those at its ends.
+template <class Src>
+using GradientSumsKernel = void(const Src* const* pRows, Qel32f* pSums, int width, const EigenForm& form,
+                                const DerivativeRows& derivatives);
+extern const Kernel<GradientSumsKernel<Qel8u>> ownMinEigenVal_16s32f_C1R_W7;
+extern const Kernel<GradientSumsKernel<Qel32f>> ownMinEigenVal_32f_C1R_W7;
+
+// A row of results from the rows of sums that a window covers, form.avgWindow pointers: the smaller eigenvalue of each
+// matrix of means, or six numbers.
+using EigenKernel = void(const Qel32f* const* pSums, Qel32f* pDst, int width, const EigenForm& form);
 extern const Kernel<EigenKernel> owncalcMinValues_W7;
 extern const Kernel<EigenKernel> calcValues;
 

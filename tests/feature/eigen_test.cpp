@@ -215,7 +215,7 @@ TEST_P(Eigen, LargeImages) {
     }
 }
 
-// Heights at which the last strip is as long as the others, shorter, or takes a few rows more.
+// Heights around a few turns of the rows that are kept.
 TEST_P(Eigen, EndsOfStrips) {
     uint32_t seed = 100;
     for (const Form& form : kForms) {
@@ -224,6 +224,41 @@ TEST_P(Eigen, EndsOfStrips) {
             trial.setContent(kit::Content::kRandom);
             const kit::Image<Qel8u> image(trial);
             ASSERT_NO_FATAL_FAILURE(agrees(k8u, image, form, trial));
+        }
+    }
+}
+
+// Regions lower and narrower than masks and windows, where the scratch is as small as it gets.
+TEST_P(Eigen, LowAndNarrow) {
+    uint32_t seed = 200;
+    for (const Form& form : kForms) {
+        for (const int height : {1, 2, 3, 4, 6}) {
+            for (const int width : {1, 2, 3, 4, 5, 6, 15, 17, 33}) {
+                ++seed;
+                kit::Trial trial(seed, {width, height}, seed % 4 == 0 ? 33 : 1);
+                trial.setContent(kit::Content::kRandom);
+                const kit::Image<Qel8u> image(trial);
+                ASSERT_NO_FATAL_FAILURE(agrees(k8u, image, form, trial));
+                kit::Image<Qel32f> floats(trial);
+                draw(trial, floats, 1);
+                ASSERT_NO_FATAL_FAILURE(agrees(k32f, floats, form, trial));
+            }
+        }
+    }
+}
+
+// Where each thread makes a few rows from many of its neighbours', and the last thread more of them.
+TEST_P(Eigen, SeamsOfThreads) {
+    uint32_t seed = 500;
+    for (const Form& form : kForms) {
+        for (const int threads : {3, 51}) {
+            kit::Trial trial(++seed, {256, 257}, threads);
+            trial.setContent(kit::Content::kRandom);
+            const kit::Image<Qel8u> image(trial);
+            ASSERT_NO_FATAL_FAILURE(agrees(k8u, image, form, trial));
+            kit::Image<Qel32f> floats(trial);
+            draw(trial, floats, 1);
+            ASSERT_NO_FATAL_FAILURE(agrees(k32f, floats, form, trial));
         }
     }
 }
