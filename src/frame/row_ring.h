@@ -4,6 +4,7 @@
 #define QELCV_FRAME_ROW_RING_H_
 
 #include <algorithm>
+#include <cstdint>
 
 #include "frame/scratch.h"
 
@@ -26,6 +27,7 @@ struct RowRange {
 //         ring.fillUpTo(y + count + reach, stage, outside);
 //         columns(ring.window(y - reach), count);        // reads count + 2 * reach rows, kept at least
 //     }
+// Rows are counted in 64 bits: those below an image of INT_MAX rows have larger numbers.
 template <class T>
 class RowRing {
 public:
@@ -45,34 +47,35 @@ public:
 
     // Where row y stands, or will, until row y + kept takes its place. A row of `made` only: others may stand
     // elsewhere.
-    T* place(int y) const { return rows_[slot(y)]; }
+    T* place(int64_t y) const { return rows_[static_cast<int>(slot(y))]; }
 
     // Sees that all rows above row `end` have been made. stage(y, pRows, count) makes `count` rows from row y on, at
     // the places that pRows points to; outside(y, own) returns the row that stands for row y outside of `made`: `own`,
     // which it has filled, or any other.
     template <class Stage, class Outside>
-    void fillUpTo(int end, const Stage& stage, const Outside& outside) {
+    void fillUpTo(int64_t end, const Stage& stage, const Outside& outside) {
         while (next_ < end) {
-            const int y = next_;
+            const int64_t y = next_;
             if (y < made_.begin || y >= made_.end) {
                 point(y, outside(y, place(y)));
                 next_ = y + 1;
             } else {
-                next_ = std::min({end, made_.end, y + kept_});
-                for (int i = y; i < next_; ++i) point(i, place(i));
-                stage(y, window(y), next_ - y);
+                next_ = std::min({end, int64_t{made_.end}, y + kept_});
+                for (int64_t i = y; i < next_; ++i) point(i, place(i));
+                stage(static_cast<int>(y), window(y), static_cast<int>(next_ - y));
             }
         }
     }
 
     // Pointers to row y and to those below it, `kept` in all.
-    T* const* window(int y) const { return pointers_ + slot(y); }
+    T* const* window(int64_t y) const { return pointers_ + slot(y); }
 
 private:
-    int slot(int y) const { return (y - first_) % kept_; }
+    // All rows count less than 2 to the 32.
+    uint32_t slot(int64_t y) const { return static_cast<uint32_t>(y - first_) % static_cast<uint32_t>(kept_); }
 
-    void point(int y, T* place) const {
-        const int i = slot(y);
+    void point(int64_t y, T* place) const {
+        const uint32_t i = slot(y);
         pointers_[i] = place;
         if (i + int64_t{kept_} < pointerCount_) pointers_[i + kept_] = place;
     }
@@ -83,7 +86,7 @@ private:
     int kept_;
     int first_;
     RowRange made_;
-    int next_;
+    int64_t next_;
 };
 
 }  // namespace qel

@@ -139,7 +139,8 @@ class EllipseMorph {
 public:
     EllipseMorph(MorphOp op, const MorphRegion<T>& region, const QelMorphState& state);
     int sourceRowsFor(int end) const {
-        return std::min(end - 1 + state_->maskHeight - state_->anchorY, region_.size.height);
+        const int below = state_->maskHeight - state_->anchorY - 1;
+        return below >= region_.size.height - end ? region_.size.height : end + below;
     }
     void makeUpTo(int end);
 

@@ -132,7 +132,8 @@ void EllipseMorph<T>::combine(int y) {
     const auto use = [&](const SampleOffsets& offsets) { kernel_({pLines_, 0}, region_.dst.from(y), size, offsets); };
     OffsetCollector offsets(use);
     for (int i = 0; i < info_.rowCount; ++i) {
-        int slot = std::clamp(top + info_.pRowOffset[i], 0, region_.size.height - 1) - window_;
+        const int64_t row = std::clamp<int64_t>(int64_t{top} + info_.pRowOffset[i], 0, region_.size.height - 1);
+        int slot = static_cast<int>(row) - window_;
         if (slot >= state_->maskHeight) slot -= state_->maskHeight;
         offsets.add((lines(slot) + pitch_ * info_.pRowRun[i] - pLines_) * std::ptrdiff_t{sizeof(T)});
     }

@@ -1,6 +1,7 @@
 #include "morph/filter_min_max.h"
 
 #include <algorithm>
+#include <climits>
 
 #include "frame/check.h"
 #include "frame/image_primitives.h"
@@ -100,8 +101,9 @@ int linesKept(int h) { return h + minMaxBlock(h) - 1; }
 template <class T>
 RowRing<T> carveLines(void* pBuffer, int64_t samples, QelSize size, const ExtremeWindow& window) {
     const int h = window.size.height;
-    const int kept = std::min(linesKept(h), size.height + h - 1);
-    const RowRange all = {-window.anchor.y, size.height + h - 1 - window.anchor.y};
+    const int64_t rowsInAll = int64_t{size.height} + h - 1;
+    const int kept = static_cast<int>(std::min<int64_t>(linesKept(h), rowsInAll));
+    const RowRange all = {-window.anchor.y, static_cast<int>(std::min<int64_t>(rowsInAll - window.anchor.y, INT_MAX))};
     T** const pointers = reinterpret_cast<T**>(alignUp(pBuffer, sizeof(T*)));
     char* const lines = alignUp(pointers + 4 * int64_t{h}, 32);
     const int64_t room = int64_t{2} * h * alignUp(samples * int64_t{sizeof(T)}, 32) / int64_t{sizeof(T)};
@@ -138,7 +140,8 @@ ExtremesByRows<T>::ExtremesByRows(Extreme extreme, const Plane<const T>& src, co
 
 template <class T>
 int ExtremesByRows<T>::sourceRowsFor(int end) const {
-    return std::min(end + window_.size.height - 1 - window_.anchor.y, size_.height);
+    const int below = window_.size.height - 1 - window_.anchor.y;
+    return below >= size_.height - end ? size_.height : end + below;
 }
 
 template <class T>
@@ -160,9 +163,9 @@ void ExtremesByRows<T>::makeRows(int count) {
         for (int i = 0; i < rows; ++i)
             row_(src_.row(y + i), pLines[i], size_.width, window_.size.width, window_.anchor.x);
     };
-    const auto nearest = [this](int y, T*) { return lines_.place(y < 0 ? 0 : size_.height - 1); };
+    const auto nearest = [this](int64_t y, T*) { return lines_.place(y < 0 ? 0 : size_.height - 1); };
     const int first = next_ - window_.anchor.y;
-    lines_.fillUpTo(first + h - 1 + count, fill, nearest);
+    lines_.fillUpTo(int64_t{first} + h - 1 + count, fill, nearest);
     column_(lines_.window(first), dst_.from(next_), {size_.width * channels_, count}, h);
     next_ += count;
 }

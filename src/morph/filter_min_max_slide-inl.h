@@ -24,7 +24,7 @@ HWY_INLINE BytesV blocksBefore(BytesV cur, BytesV prev) {
     static_assert(kBlocks * kBlock <= kVector);
     if constexpr (kBlocks == 0) return cur;
     if constexpr (kBlocks * kBlock == kVector) return prev;
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET <= HWY_AVX3
     if constexpr (kBlocks > 0 && kBlocks < 4)
         return BytesV{_mm512_maskz_alignr_epi64(0xFF, cur.raw, prev.raw, 8 - 2 * kBlocks)};
 #elif HWY_TARGET == HWY_AVX2
@@ -39,7 +39,7 @@ HWY_INLINE BytesV bytesBefore(BytesV cur, BytesV prev) {
     if constexpr (kBytes % kBlock == 0) {
         return blocksBefore<kBlocks>(cur, prev);
     } else {
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET <= HWY_AVX3
         if constexpr (kBytes % 4 == 0)
             return BytesV{_mm512_maskz_alignr_epi32(0xFFFF, cur.raw, prev.raw, (kVector - kBytes) / 4)};
 #endif
@@ -59,7 +59,7 @@ public:
         : blocks_(bytes / kBlock),
           fromNear_(hn::LoadDup128(Bytes(), kIndices + kBlock - bytes % kBlock)),
           fromFar_(hn::LoadDup128(Bytes(), kIndices + 2 * kBlock - bytes % kBlock))
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET <= HWY_AVX3
           ,
           fromBoth_(hn::Iota(hn::ScalableTag<int32_t>(), int32_t(kVector - bytes) / 4))
 #endif
@@ -68,7 +68,7 @@ public:
 
     template <class V, class D = hn::DFromV<V>>
     HWY_INLINE V before(V cur, V prev) const {
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET <= HWY_AVX3
         if constexpr (sizeof(hn::TFromV<V>) == 4) {
             const hn::RebindToSigned<D> di;
             const auto both =
@@ -106,7 +106,7 @@ private:
     size_t blocks_;
     BytesV fromNear_;
     BytesV fromFar_;
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET <= HWY_AVX3
     hn::Vec<hn::ScalableTag<int32_t>> fromBoth_;  // of samples of four bytes
 #endif
 };

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <climits>
 #include <memory>
 
 #include "frame/image_primitives_kernels.h"
@@ -47,6 +48,12 @@ qelStatus withTurned(const MorphMask& mask, const QelMorphState& first, const Bu
 }
 
 // The size of one of the two states does not depend on the anchor, as there are no ellipses.
+// The work image, or more than any block can be where a single row of it is.
+int64_t workBytes(const MorphMask& mask, int height) {
+    const int64_t step = workStep(mask.type, mask.roiWidth);
+    return step > INT_MAX ? step : step * height;
+}
+
 qelStatus morphAdvGetSize(const MorphMask& mask, int height, int* pSize) {
     int stateBytes = 0;
     Check checks;
@@ -55,8 +62,7 @@ qelStatus morphAdvGetSize(const MorphMask& mask, int height, int* pSize) {
     if (status == qelStatusOk) status = ownMorphologyGetSize(mask, &stateBytes);
     if (status != qelStatusOk) return status;
     constexpr int kRecordAndAlignment = sizeof(QelMorphAdvState) + 2 * kStateAlignment;
-    return writeBufferSize(workStep(mask.type, mask.roiWidth) * height + 2 * int64_t{stateBytes} + kRecordAndAlignment,
-                           pSize);
+    return writeBufferSize(workBytes(mask, height) + 2 * int64_t{stateBytes} + kRecordAndAlignment, pSize);
 }
 
 qelStatus morphAdvInit(QelMorphAdvState* pState, const MorphMask& mask, int height) {
@@ -76,7 +82,7 @@ qelStatus morphAdvInit(QelMorphAdvState* pState, const MorphMask& mask, int heig
     status = withTurned(mask, *pFirst, [=](const MorphMask& turned) { return ownMorphologyInit(turned, pSecond); });
     if (status != qelStatusOk) return status;
     *pState = {pFirst, pSecond, reinterpret_cast<Qel8u*>(alignedEnd(pSecond)),
-               static_cast<Qel32s>(workStep(mask.type, mask.roiWidth) * height), 0};
+               static_cast<Qel32s>(workBytes(mask, height)), 0};
     return qelStatusOk;
 }
 
@@ -97,7 +103,7 @@ qelStatus morphAdvInitAlloc(QelMorphAdvState** ppState, const MorphMask& mask, i
         status = withTurned(mask, *first, [&](const MorphMask& turned) { return initAlloc(turned, second); });
     }
     if (status != qelStatusOk) return status;
-    const int64_t workSize = workStep(mask.type, mask.roiWidth) * height;
+    const int64_t workSize = workBytes(mask, height);
     Scratch<Qel8u> work(workSize);
     Scratch<QelMorphAdvState> state(1);
     if (!work || !state) return qelStatusNoMemory;

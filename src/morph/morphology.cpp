@@ -155,6 +155,8 @@ constexpr int64_t kRecordBytes = 80 + 5 * kPointerGrowth;
 int64_t stateBytes(const MorphMask& mask, QelMorphClass maskClass, const QelMorphKernelInfo& info) {
     constexpr int64_t kRecords = sizeof(QelMorphState) + sizeof(QelMorphKernelInfo);
     const int64_t copy = copyBytesOf(mask);
+    // All but empty masks have work rows; where one exceeds any block, products of several could leave 64 bits.
+    if (maskClass != qelMorphEmpty && mask.type.rowBytes(mask.roiWidth) > INT_MAX) return int64_t{INT_MAX} + 1;
     switch (maskClass) {
         case qelMorphEmpty:
             return copy + kRecordBytes;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -324,6 +325,9 @@ TEST(MorphAdvState, SizesBeyondIntAreAnError) {
     QelMorphAdvState* pState = nullptr;
     std::vector<char> block(64, 'x');
     EXPECT_EQ(qelStatusOverflow, k8uC1.getSize({100000, 100000}, mask.elements.data(), mask.size, &bytes));
+    const Qel8u empty = 0;  // its state does not grow with the region
+    EXPECT_EQ(qelStatusOverflow, qeliMorphAdvGetSize_32f_C4R({INT_MAX, INT_MAX}, &empty, {1, 1}, &bytes));
+    EXPECT_EQ(qelStatusOverflow, qeliMorphAdvGetSize_8u_C3R({INT_MAX, INT_MAX}, &empty, {1, 1}, &bytes));
     EXPECT_EQ(17, bytes);
     EXPECT_EQ(qelStatusOverflow, k8uC1.init(reinterpret_cast<QelMorphAdvState*>(block.data()), {100000, 100000},
                                             mask.elements.data(), mask.size, mask.anchor));
