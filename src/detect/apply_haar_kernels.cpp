@@ -220,8 +220,11 @@ int applyRows(const HaarStage<typename F::W>& stage, const HaarTables<typename F
             for (; x + 2 * kLanes <= last; x += 2 * kLanes) count += applyToBlock<F, 2>(stage, row, m, x, kept);
             for (; x < last; ++x) count += applyToPixel<F>(stage, pixel(row, x), m + x, kept);
         };
-        if constexpr (kGroup != 0) apply(0, grouped, 1);
-        apply(grouped, width, 255);
+        // Features of pixels behind the last one that is set may lie outside of the tables.
+        size_t end = width;
+        while (end > 0 && m[end - 1] == 0) --end;
+        if constexpr (kGroup != 0) apply(0, HWY_MIN(grouped, end), 1);
+        apply(grouped, end, 255);
     }
     return count;
 }

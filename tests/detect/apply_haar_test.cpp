@@ -390,6 +390,31 @@ private:
     std::vector<Stage> stages_;
 };
 
+// A caller may leave out the pixels whose features would lie outside of the table: nothing behind it is read.
+TEST_P(ApplyHaar, FeaturesOfUnsetPixelsMayLieOutside) {
+    haar::Source<Qel32f> source;
+    source.rects = {{0, 0, 8, 8}, {0, 0, 4, 8}};
+    source.weights = {-1, 2};
+    source.thresholds = {0};
+    source.below = {1};
+    source.above = {2};
+    source.counts = {2};
+    QelHaarClassifierState* pState = nullptr;
+    ASSERT_EQ(qelStatusOk, source.build(qeliHaarClassifierInitAlloc_32f, &pState));
+    const StatePointer state(pState);
+    for (const int set : {1, 2, 3, 7, 8}) {
+        kit::Image<Qel32f> table({16, 9}, 1), norm({16, 1}, 1);  // 8 pixels have their features in it
+        for (int expected : {1, 2, 4, 8, 16}) {
+            kit::Image<Qel8u> mask({16, 1}, 0);
+            for (int x = 8 - set; x < 8; ++x) mask.at(x, 0) = 1;
+            ASSERT_EQ(qelStatusOk,
+                      qeliApplyHaarClassifier_32f_C1R(table.data(), table.step(), norm.data(), norm.step(), mask.data(),
+                                                      mask.step(), {16, 1}, &expected, 0.5F, state.get()));
+            EXPECT_EQ(set, expected);
+        }
+    }
+}
+
 TEST_P(ApplyHaar, CascadeFindsWhatWasDrawn) {
     const DrawnSquares cascade;
     kit::Trial trial(9, {97, 70});
