@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 #include "frame/check.h"
 #include "pyramid/copy_subpix_kernels.h"
@@ -60,7 +61,8 @@ struct FloatForm {
         if constexpr (std::is_same_v<R, Qel32f>) {
             return sum;
         } else {
-            return static_cast<R>(std::lrintf(sum));
+            // A centre that is rounded up to a whole number leaves a fraction just below zero.
+            return static_cast<R>(std::clamp<long>(std::lrintf(sum), 0, std::numeric_limits<R>::max()));
         }
     }
     void inside(Plane<const T> src, Plane<R> dst, QelSize size, Qel32f fx, Qel32f fy) const {

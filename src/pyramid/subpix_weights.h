@@ -19,7 +19,8 @@ using WeightsFloat = Weights<Qel32f>;
 
 constexpr int kQ14 = 14, kOneQ14 = 1 << kQ14;
 
-// A fraction in units of 2^-14. Out of range only where no sample between pixels is asked for.
+// A fraction in units of 2^-14. A centre that is rounded up to a whole number leaves one just below zero, which counts
+// as zero.
 inline int toQ14(Qel32f fraction) {
     if (!(fraction >= 0)) return 0;
     return static_cast<int>(std::min(fraction, 1.0F) * kOneQ14 + 0.5F);

@@ -1,3 +1,5 @@
+#include <limits>
+
 #include "kit/checks.h"
 #include "kit/every_target.h"
 #include "kit/trial.h"
@@ -73,6 +75,28 @@ void agreesWithModel(const Call& call) {
     }
 }
 
+// A centre so far to the right that adding the window's width rounds it up to a whole number: the fraction is just
+// below zero, and results beside a sharp edge would leave the range of their type.
+template <class T, class R, class Call>
+void agreesWithModelAtRoundedCentres(const Call& call) {
+    for (const bool brightLeft : {false, true}) {
+        for (const bool sideways : {false, true}) {
+            const QelSize srcSize = sideways ? QelSize{40, 2048} : QelSize{2048, 40};
+            kit::Image<T> src(srcSize, 0);
+            for (int y = 0; y < srcSize.height; ++y)
+                for (int x = 0; x < srcSize.width; ++x)
+                    if ((sideways ? y : x) == (brightLeft ? 1000 : 1001)) src.at(x, y) = std::numeric_limits<T>::max();
+            const Qel32f far = 1014.99994F, x = sideways ? 0 : far, y = sideways ? far : 0;
+            kit::Image<R> got({31, 31}, 0), want({31, 31}, 0);
+            model(src, want, axisModel(srcSize.width, 31, x), axisModel(srcSize.height, 31, y), 0);
+            QelPoint min, max;
+            ASSERT_EQ(qelStatusOk,
+                      call(src.data(), src.step(), srcSize, got.data(), got.step(), {31, 31}, x, y, &min, &max, 0));
+            ASSERT_TRUE(sameResults(want, got)) << "bright left " << brightLeft << ", sideways " << sideways;
+        }
+    }
+}
+
 template <class T, class R>
 auto withoutScale(qelStatus (*function)(const T*, int, QelSize, R*, int, QelSize, Qel32f, Qel32f, QelPoint*,
                                         QelPoint*)) {
@@ -86,6 +110,7 @@ ON_EVERY_TARGET(CopySubpixIntersect);
 
 TEST_P(CopySubpixIntersect, qeliCopySubpixIntersect_8u_C1R) {
     agreesWithModel<Qel8u, Qel8u>(withoutScale(qeliCopySubpixIntersect_8u_C1R));
+    agreesWithModelAtRoundedCentres<Qel8u, Qel8u>(withoutScale(qeliCopySubpixIntersect_8u_C1R));
 }
 TEST_P(CopySubpixIntersect, qeliCopySubpixIntersect_8u16u_C1R_Sfs) {
     agreesWithModel<Qel8u, Qel16u>(qeliCopySubpixIntersect_8u16u_C1R_Sfs);
@@ -95,6 +120,7 @@ TEST_P(CopySubpixIntersect, qeliCopySubpixIntersect_8u32f_C1R) {
 }
 TEST_P(CopySubpixIntersect, qeliCopySubpixIntersect_16u_C1R) {
     agreesWithModel<Qel16u, Qel16u>(withoutScale(qeliCopySubpixIntersect_16u_C1R));
+    agreesWithModelAtRoundedCentres<Qel16u, Qel16u>(withoutScale(qeliCopySubpixIntersect_16u_C1R));
 }
 TEST_P(CopySubpixIntersect, qeliCopySubpixIntersect_16u32f_C1R) {
     agreesWithModel<Qel16u, Qel32f>(withoutScale(qeliCopySubpixIntersect_16u32f_C1R));

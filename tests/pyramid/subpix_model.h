@@ -2,8 +2,10 @@
 #ifndef QELCV_TESTS_PYRAMID_SUBPIX_MODEL_H_
 #define QELCV_TESTS_PYRAMID_SUBPIX_MODEL_H_
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include "kit/image.h"
@@ -25,11 +27,11 @@ R rounded(Qel32f sum) {
     if constexpr (std::is_same_v<R, Qel32f>) {
         return sum;
     } else {
-        return R(std::nearbyint(sum));
+        return R(std::clamp(std::nearbyint(sum), decltype(sum)(0), decltype(sum)(std::numeric_limits<R>::max())));
     }
 }
 
-inline int toQ14(Qel32f fraction) { return int(fraction * 16384 + 0.5F); }
+inline int toQ14(Qel32f fraction) { return fraction < 0 ? 0 : int(fraction * 16384 + 0.5F); }
 
 template <class R>
 R fourQ14(int s00, int s01, int s10, int s11, Qel32f fx, Qel32f fy, int scaleFactor) {
