@@ -8,8 +8,10 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 # ccache, where it is installed, makes a second clean build a matter of seconds.
 find_program(CCACHE ccache)
 if(CCACHE)
-    set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+    # By paths below the project, so that clones share what they compile.
+    set(launcher ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE})
+    set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
 endif()
 
 # Kernels are written as vectors; what is left gains nothing from -O3, the compiler takes a third longer.
