@@ -114,14 +114,17 @@ qelStatus eigenBufferSize(QelSize roiSize, int apertureSize, int avgWindow, int*
 struct Analysis {
     const Kernel<EigenKernel>& kernel;
     int numbers;
+
+    bool bypassesCache(QelSize roiSize) const { return outgrowsCache(numbers * int{sizeof(Qel32f)}, roiSize); }
 };
 
 // The rows of a share, one by one: the sums along a window's rows stay in a ring as long as windows need them. Beside
 // the share they are made of the image, beyond the image they are those of its last row.
 template <class Src>
-void eigenRows(Plane<const Src> src, Plane<Qel32f> dst, int height, const EigenForm& form, const Share& share,
-               const EigenScratch& scratch, EigenKernel* analyse) {
-    const int width = share.size.width;
+void eigenRows(Plane<const Src> src, Plane<Qel32f> dst, QelSize roiSize, const EigenForm& form, const Share& share,
+               const EigenScratch& scratch, const Analysis& analysis) {
+    const int width = roiSize.width;
+    const int height = roiSize.height;
     const int end = share.y + share.size.height;
     const int window = form.avgWindow;
     const int reach = window / 2;
@@ -130,6 +133,8 @@ void eigenRows(Plane<const Src> src, Plane<Qel32f> dst, int height, const EigenF
     RowRing<Qel32f> ring({scratch.sums, int64_t{rowSamples} * window, rowSamples, window}, window, scratch.pointers,
                          all, {std::max(all.begin, 0), std::min(all.end, height)});
 
+    EigenKernel* const analyse = analysis.kernel;
+    const bool bypassesCache = analysis.bypassesCache(roiSize);
     GradientSumsKernel<Src>* const sumGradients = Filters<Src>::sums;
     const auto rowStage = [&](int first, Qel32f* const* pRows, int count) {
         for (int i = 0; i < count; ++i) {
@@ -142,7 +147,7 @@ void eigenRows(Plane<const Src> src, Plane<Qel32f> dst, int height, const EigenF
     const auto outside = [&](int y, Qel32f*) { return ring.place(std::clamp(y, 0, height - 1)); };
     for (int y = share.y; y < end; ++y) {
         ring.fillUpTo(y + 1 + reach, rowStage, outside);
-        analyse(ring.window(y - reach), dst.row(y), width, form);
+        analyse(ring.window(y - reach), dst.row(y), width, form, bypassesCache);
     }
 }
 
@@ -166,11 +171,10 @@ qelStatus eigen(Plane<const Src> src, Plane<Qel32f> dst, QelSize roiSize, const 
                                  .status();
     if (status != qelStatusOk) return status;
 
-    EigenKernel* const analyse = analysis.kernel;
     const int64_t threadBytes = EigenScratch(nullptr, roiSize.width, form.avgWindow).bytes;
     forRows(roiSize, kFixed.reachedBy(roiSize), [&](const Share& share) {
         const EigenScratch scratch(pBuffer + threadBytes * share.thread, roiSize.width, form.avgWindow);
-        eigenRows(src, dst, roiSize.height, form, share, scratch, analyse);
+        eigenRows(src, dst, roiSize, form, share, scratch, analysis);
     });
     return qelStatusOk;
 }

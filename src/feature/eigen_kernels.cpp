@@ -71,7 +71,7 @@ HWY_INLINE void smallerEigenvaluesOf(const Means<kTaps>& means, Qel32f* pDst, in
     });
 }
 
-void smallerEigenvalues(const Qel32f* const* pSums, Qel32f* pDst, int width, const EigenForm& form) {
+void smallerEigenvalues(const Qel32f* const* pSums, Qel32f* pDst, int width, const EigenForm& form, bool) {
     const Qel32f halfScale = form.scale() * 0.5F;
     form.avgWindow == 3 ? smallerEigenvaluesOf(Means<3>(pSums, width), pDst, width, halfScale)
                         : smallerEigenvaluesOf(Means<5>(pSums, width), pDst, width, halfScale);
@@ -115,22 +115,23 @@ HWY_INLINE void analyse(D d, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D> c, Qel32f si
 }
 
 // Two pixels out of pairs of their numbers.
-template <class D, class V = hn::Vec<D>>
-HWY_INLINE void storeTwoPixels(D d, V values, V first, V second, Qel32f* pDst) {
-    hn::StoreU(hn::ConcatLowerLower(d, first, values), d, pDst);
-    hn::StoreU(hn::ConcatUpperLower(d, values, second), d, pDst + 4);
-    hn::StoreU(hn::ConcatUpperUpper(d, second, first), d, pDst + 8);
+template <class D, class Store, class V = hn::Vec<D>>
+HWY_INLINE void storeTwoPixels(D d, V values, V first, V second, Qel32f* pDst, const Store& store) {
+    store(hn::ConcatLowerLower(d, first, values), d, pDst);
+    store(hn::ConcatUpperLower(d, values, second), d, pDst + 4);
+    store(hn::ConcatUpperUpper(d, second, first), d, pDst + 8);
 }
 
-HWY_INLINE void interleave(const Planes& in, size_t count, Qel32f* pDst) {
+template <class Store>
+HWY_INLINE void interleave(const Planes& in, size_t count, Qel32f* pDst, const Store& store) {
     const hn::FixedTag<Qel32f, 4> d;
     size_t i = 0;
     for (; i + 4 <= count; i += 4) {
         const auto plane = [&](size_t n) HWY_ATTR { return hn::Load(d, in[n] + i); };
         const auto lower = [&](size_t n) HWY_ATTR { return hn::InterleaveLower(d, plane(n), plane(n + 1)); };
         const auto upper = [&](size_t n) HWY_ATTR { return hn::InterleaveUpper(d, plane(n), plane(n + 1)); };
-        storeTwoPixels(d, lower(0), lower(2), lower(4), pDst + kNumbers * i);
-        storeTwoPixels(d, upper(0), upper(2), upper(4), pDst + kNumbers * (i + 2));
+        storeTwoPixels(d, lower(0), lower(2), lower(4), pDst + kNumbers * i, store);
+        storeTwoPixels(d, upper(0), upper(2), upper(4), pDst + kNumbers * (i + 2), store);
     }
     for (; i < count; ++i) {
         for (size_t n = 0; n < kNumbers; ++n) {
@@ -140,7 +141,8 @@ HWY_INLINE void interleave(const Planes& in, size_t count, Qel32f* pDst) {
 }
 
 template <int kTaps>
-HWY_INLINE void eigenvaluesAndVectorsOf(const Means<kTaps>& means, Qel32f* pDst, int width, const EigenForm& form) {
+HWY_INLINE void eigenvaluesAndVectorsOf(const Means<kTaps>& means, Qel32f* pDst, int width, const EigenForm& form,
+                                        bool bypassesCache) {
     const Qel32f scale = form.scale();
     const Qel32f sign = form.sign();
     alignas(64) Planes planes;
@@ -151,13 +153,18 @@ HWY_INLINE void eigenvaluesAndVectorsOf(const Means<kTaps>& means, Qel32f* pDst,
             analyse(d, hn::Mul(means.dxx(d, x + i), s), hn::Mul(means.dyy(d, x + i), s),
                     hn::Mul(means.dxy(d, x + i), s), sign, i, planes);
         });
-        interleave(planes, count, pDst + kNumbers * x);
+        // A block is a multiple of 16 bytes, so all of its vectors are aligned if those of the first are.
+        bypassesCache ? interleave(planes, count, pDst + kNumbers * x, StreamingStore())
+                      : interleave(planes, count, pDst + kNumbers * x, CachedStore());
     }
 }
 
-void eigenvaluesAndVectors(const Qel32f* const* pSums, Qel32f* pDst, int width, const EigenForm& form) {
-    form.avgWindow == 3 ? eigenvaluesAndVectorsOf(Means<3>(pSums, width), pDst, width, form)
-                        : eigenvaluesAndVectorsOf(Means<5>(pSums, width), pDst, width, form);
+void eigenvaluesAndVectors(const Qel32f* const* pSums, Qel32f* pDst, int width, const EigenForm& form,
+                           bool bypassesCache) {
+    const bool bypasses = bypassesCache && reinterpret_cast<uintptr_t>(pDst) % 16 == 0;
+    form.avgWindow == 3 ? eigenvaluesAndVectorsOf(Means<3>(pSums, width), pDst, width, form, bypasses)
+                        : eigenvaluesAndVectorsOf(Means<5>(pSums, width), pDst, width, form, bypasses);
+    if (bypasses) hwy::FlushStream();
 }
 
 }  // namespace

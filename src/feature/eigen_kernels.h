@@ -43,8 +43,9 @@ extern const Kernel<GradientSumsKernel<Qel8u>> ownMinEigenVal_16s32f_C1R_W7;
 extern const Kernel<GradientSumsKernel<Qel32f>> ownMinEigenVal_32f_C1R_W7;
 
 // A row of results from the rows of sums that a window covers, form.avgWindow pointers: the smaller eigenvalue of each
-// matrix of means, or six numbers.
-using EigenKernel = void(const Qel32f* const* pSums, Qel32f* pDst, int width, const EigenForm& form);
+// matrix of means, or six numbers, whose stores may bypass the cache.
+using EigenKernel = void(const Qel32f* const* pSums, Qel32f* pDst, int width, const EigenForm& form,
+                         bool bypassesCache);
 extern const Kernel<EigenKernel> owncalcMinValues_W7;
 extern const Kernel<EigenKernel> calcValues;
 

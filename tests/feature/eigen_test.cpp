@@ -247,6 +247,21 @@ TEST_P(Eigen, LowAndNarrow) {
     }
 }
 
+// Results that the cache has no room for.
+TEST_P(Eigen, BypassesCache) {
+    uint32_t seed = 700;
+    for (const Form& form : kForms) {
+        for (const int width : {3, 4, 63, 64, 130, 203}) {
+            kit::Trial trial(++seed, {width, 9});
+            trial.setContent(kit::Content::kRandom);
+            kit::core().cacheSize = 24 * 9 * width;
+            const kit::Image<Qel8u> image(trial);
+            ASSERT_NO_FATAL_FAILURE(agrees(k8u, image, form, trial));
+        }
+    }
+    kit::core().reset();
+}
+
 // Where each thread makes a few rows from many of its neighbours', and the last thread more of them.
 TEST_P(Eigen, SeamsOfThreads) {
     uint32_t seed = 500;
