@@ -64,8 +64,9 @@ void tilted(Section& section) {
     const QelRect window = {kDiagonals, 0, kDiagonals, kDiagonals};
     const QelSize places = {gray.width() - 2 * kDiagonals, gray.height() - 3 * kDiagonals};
     if (places.width < 1 || places.height < 1) return;
-    Image<Qel32s> sums(larger(gray.size(), 2));
-    Image<Qel64f> squares(larger(gray.size(), 2));
+    // Steps are tested against rows that would hold the whole window beside the last place.
+    Image<Qel32s> sums(larger(gray.size(), kDiagonals));
+    Image<Qel64f> squares(larger(gray.size(), kDiagonals));
     Image<Qel32f> deviation(places);
     qeliTiltedSqrIntegral_8u32s64f_C1R(gray.data(), gray.step(), sums.data(), sums.step(), squares.data(),
                                        squares.step(), gray.size(), 0, 0);

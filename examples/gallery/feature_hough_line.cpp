@@ -64,6 +64,7 @@ void houghLine(Section& section) {
     const Image<Qel8u> edges = edgesOf(section.gray());
     const QelSize size = edges.size();
     const int threshold = size.height / 5;
+    if (threshold < 3 || size.width < 16) return;  // no room for lines
     const Lines all = linesOf(section, "qeliHoughLine_8u32f_C1R", size, [&](auto* pLine, int* pCount, Qel8u* pBuffer) {
         return qeliHoughLine_8u32f_C1R(edges.data(), edges.step(), size, kDelta, threshold, pLine, kMost, pCount,
                                        pBuffer);
