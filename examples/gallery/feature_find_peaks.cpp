@@ -87,6 +87,7 @@ Image<Qel8u> marked(const Image<Qel8u>& picture, const Found& found, const Image
 
 void findPeaks(Section& section) {
     const Image<Qel8u> picture = reduced(section.gray(), 2);
+    if (std::min(picture.width(), picture.height()) <= 4 * kReach) return;  // no room for a pattern
     // A place with texture: the point of strongest contrast to its neighbours, away from the edges.
     QelPoint centre = {picture.width() / 2, picture.height() / 2};
     int most = 0;
