@@ -201,7 +201,7 @@ private:
         if (build_ == Build::O3) {
             Block& block = allocate(size_t(step) * (size.height + 2 * shape.border), border, place);
             Noise(uint32_t(blocks_.size())).fill(reinterpret_cast<T*>(block.memory.get()), block.bytes / sizeof(T));
-            if constexpr (std::is_floating_point_v<T>) block.close = close<T>;
+            block.close = close<T>;
         }
         return {reinterpret_cast<T*>(blocks_[replayed_++].first), step, size, shape.channels};
     }
