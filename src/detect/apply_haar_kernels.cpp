@@ -15,29 +15,22 @@ using Lanes = hn::CappedTag<Qel32s, 8>;
 using OneLane = hn::CappedTag<Qel32s, 1>;
 
 // Features and comparisons of a form. T is the table's type, N the normaliser's, W that of the stage's numbers.
-template <class Table, class Norm, class Number>
+template <class Table, class Norm, class Number, bool mixed = false, bool firstIsMinusOne = false,
+          bool nanIsBelow = false>
 struct Form {
     using T = Table;
     using N = Norm;
     using W = Number;
-    static constexpr bool kMixed = false;
-    static constexpr bool kFirstIsMinusOne = false;
-    static constexpr bool kNaNIsBelow = false;
+    static constexpr bool kMixed = mixed;
+    static constexpr bool kFirstIsMinusOne = firstIsMinusOne;
+    static constexpr bool kNaNIsBelow = nanIsBelow;
 };
-struct SingleForm : Form<Qel32f, Qel32f, Qel32f> {
-    static constexpr bool kNaNIsBelow = true;
-};
-struct MinusOneForm : SingleForm {
-    static constexpr bool kFirstIsMinusOne = true;
-};
+using SingleForm = Form<Qel32f, Qel32f, Qel32f, false, false, true>;
+using MinusOneForm = Form<Qel32f, Qel32f, Qel32f, false, true, true>;
 using IntegerTableForm = Form<Qel32s, Qel32f, Qel32f>;
 using IntegerForm = Form<Qel32s, Qel32s, Qel32s>;
-struct MixedSingleForm : Form<Qel32f, Qel32f, Qel32f> {
-    static constexpr bool kMixed = true;
-};
-struct MixedIntegerTableForm : IntegerTableForm {
-    static constexpr bool kMixed = true;
-};
+using MixedSingleForm = Form<Qel32f, Qel32f, Qel32f, true>;
+using MixedIntegerTableForm = Form<Qel32s, Qel32f, Qel32f, true>;
 
 // Where the pixels of some lanes lie.
 template <class F>

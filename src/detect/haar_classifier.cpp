@@ -253,7 +253,9 @@ void tilt(QelHaarClassifier<T>& classifier, bool atTopCorner) {
     classifier.tag = 1;
     for (int k = 0; k < classifier.featureCount; ++k) {
         QelHaarFeature<T>& f = classifier.pFeatures[k];
-        const QelRect r = {f.x3, f.y3, wrap(int64_t{f.x0} - f.x3), wrap(int64_t{f.y0} - f.y3)};
+        const int64_t width = int64_t{f.x0} - f.x3;
+        const int64_t height = int64_t{f.y0} - f.y3;
+        const QelRect r = {f.x3, f.y3, wrap(width), wrap(height)};
         atTopCorner ? setTilted(f, r) : setTiltedAtLowerLeft(f, r);
     }
 }

@@ -104,7 +104,7 @@ struct Scene {
             Qel32f sum = 0;
             for (size_t i = 0; i < k.features.size(); ++i) {
                 const auto& f = k.features[i];
-                Qel32f rectangle;
+                Qel32f rectangle = 0;
                 if constexpr (std::is_same_v<T, Qel32f>) {
                     rectangle = read(f, 0) - read(f, 1);
                     rectangle -= read(f, 2);

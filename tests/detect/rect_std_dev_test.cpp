@@ -64,7 +64,7 @@ struct Upright32f {
     using T = Qel32f;
     using Q = Qel64f;
     using R = Qel32f;
-    static R value(Four<T> s, Four<Q> q, int area, int) {
+    static R value(Four<T> s, const Four<Q>& q, int area, int) {
         return std::sqrt(singleVariance(uprightSum(s) / Qel32f(area), uprightSum(toSingle(q)) / Qel32f(area)));
     }
 };
@@ -72,7 +72,7 @@ struct Upright32s32f {
     using T = Qel32s;
     using Q = Qel64f;
     using R = Qel32f;
-    static R value(Four<T> s, Four<Q> q, int area, int) {
+    static R value(Four<T> s, const Four<Q>& q, int area, int) {
         return std::sqrt(singleVariance(Qel32f(uprightSum(s)) / Qel32f(area), uprightSum(toSingle(q)) / Qel32f(area)));
     }
 };
@@ -80,7 +80,7 @@ struct Upright32s {
     using T = Qel32s;
     using Q = Qel32s;
     using R = Qel32s;
-    static R value(Four<T> s, Four<Q> q, int area, int scaleFactor) {
+    static R value(Four<T> s, const Four<Q>& q, int area, int scaleFactor) {
         const Qel32f mean = Qel32f(uprightSum(s)) / Qel32f(area), ofSquares = Qel32f(uprightSum(q)) / Qel32f(area);
         return truncated(std::sqrt(Qel64f(singleVariance(mean, ofSquares))) * Qel64f(scaleOf(scaleFactor)) + 0.5);
     }
@@ -89,7 +89,7 @@ struct Tilted32f {
     using T = Qel32f;
     using Q = Qel64f;
     using R = Qel32f;
-    static R value(Four<T> s, Four<Q> q, int area, int) {
+    static R value(Four<T> s, const Four<Q>& q, int area, int) {
         return singleRoot(tiltedSum(toDouble(s)) / (2.0 * area), tiltedSum(q) / (2.0 * area));
     }
 };
@@ -97,7 +97,7 @@ struct Tilted32s32f {
     using T = Qel32s;
     using Q = Qel64f;
     using R = Qel32f;
-    static R value(Four<T> s, Four<Q> q, int area, int) {
+    static R value(Four<T> s, const Four<Q>& q, int area, int) {
         const Qel32f single = Qel32f(2.0 * area);
         const Qel32f mean = Qel32f(tiltedSum(s)) / single;
         return singleRoot(mean, tiltedSum(q) / Qel64f(single));
@@ -107,7 +107,7 @@ struct Tilted32s {
     using T = Qel32s;
     using Q = Qel32s;
     using R = Qel32s;
-    static R value(Four<T> s, Four<Q> q, int area, int scaleFactor) {
+    static R value(Four<T> s, const Four<Q>& q, int area, int scaleFactor) {
         const Qel32f single = Qel32f(2.0 * area);
         const Qel32f mean = Qel32f(tiltedSum(s)) / single, ofSquares = Qel32f(tiltedSum(q)) / single;
         return truncated(Qel64f(singleRoot(mean, ofSquares)) * Qel64f(scaleOf(scaleFactor)) + 0.5);

@@ -55,7 +55,8 @@ private:
         }
     }
     bool isStrong(int x, int y, Qel32f high) const {
-        return m(x, y) > (std::is_same_v<T, Qel16s> ? std::trunc(high) : high);
+        const Qel32f limit = std::is_same_v<T, Qel16s> ? std::trunc(high) : high;
+        return m(x, y) > limit;
     }
     double m(int x, int y) const {
         return x < 0 || y < 0 || x >= size_.width || y >= size_.height ? 0 : magnitudes_[index(x, y)];
