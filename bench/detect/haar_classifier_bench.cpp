@@ -131,7 +131,8 @@ void apply(bench::Case& c) {
     } else {
         pState = c.keep(stage.build(qeliHaarClassifierInitAlloc_32s), qeliHaarClassifierFree_32s);
     }
-    const W threshold = W(kPairs * 3 / 2);
+    constexpr int kThreshold = kPairs * 3 / 2;
+    const W threshold = W(kThreshold);
     const int expected = size.width * size.height / oneIn;
     c.ours([=] {
         restore(set, mask);

@@ -20,7 +20,7 @@ struct Mask {
     QelPoint anchor;
 };
 
-Mask makeMask(Shape shape, int n) {
+inline Mask makeMask(Shape shape, int n) {
     Mask mask = {std::vector<Qel8u>(size_t(n) * size_t(n)), {n, n}, {n / 2, n / 2}};
     bench::Noise noise(7);
     const int r = n / 2;

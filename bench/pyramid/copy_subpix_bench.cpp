@@ -98,6 +98,7 @@ void intersect(bench::Case& c) {
     c.elements(kPatches * kSide * kSide);
     c.tolerance(1e-4);
     std::vector<QelPoint> corners;
+    corners.reserve(kPatches);
     for (int i = 0; i < kPatches; ++i) corners.push_back(cornerOf(i, image));
     constexpr float kHalf = (kSide - 1) * 0.5F;
     c.ours([=] {

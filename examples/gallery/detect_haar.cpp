@@ -112,6 +112,7 @@ std::vector<Image<Qel8u>> counterexamples(const HaarCascade& cascade, const std:
     std::shuffle(places.begin(), places.end(), random);
     places.resize(std::min(places.size(), count));
     std::vector<Image<Qel8u>> windows;
+    windows.reserve(places.size());
     for (const Place& p : places) windows.push_back(crop(pictures[p.picture].gray, p.x, p.y));
     return windows;
 }

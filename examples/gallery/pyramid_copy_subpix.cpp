@@ -87,7 +87,7 @@ void profile(Section& section) {
     constexpr Colour kChannels[] = {{1, 0.25f, 0.25f}, {0.25f, 1, 0.25f}, {0.3f, 0.4f, 1}};
     for (int c = 0; c < 3; ++c) {
         const auto top = [&](int i) -> QelPoint {
-            const int sample = samples[static_cast<std::size_t>(i * 3 + c)];
+            const int sample = samples[static_cast<std::size_t>(i) * 3 + static_cast<std::size_t>(c)];
             return {from.x + i * (to.x - from.x) / std::max(count - 1, 1),
                     rgb.height() - 1 - sample * rgb.height() / 4 / 255};
         };

@@ -38,7 +38,8 @@ Image<Qel8u> rounded(const std::vector<float>& estimate, QelSize size, int rowEl
     Image<Qel8u> out(size);
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) {
-            const float value = estimate[static_cast<std::size_t>(y * rowElements + x)];
+            const float value = estimate[static_cast<std::size_t>(y) * static_cast<std::size_t>(rowElements) +
+                                         static_cast<std::size_t>(x)];
             out.at(x, y) = static_cast<Qel8u>(std::clamp(value + 0.5f, 0.0f, 255.0f));
         }
     return out;

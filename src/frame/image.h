@@ -28,6 +28,8 @@ struct Plane {
     T* row(int y) const { return qel::row(p, step, y); }
     Plane from(int y) const { return {row(y), step}; }
 };
+template <class T>
+Plane(T*, int) -> Plane<T>;  // which some compilers do not find by themselves
 
 // A sample at any address: a region need not be aligned to its samples.
 template <class T>
