@@ -196,6 +196,7 @@ struct Total {
     FourLaneSum sum, squares;
     PixelCount pixels;
 
+    // NOLINTNEXTLINE(modernize-use-equals-default): what the compiler writes belongs to no instruction set
     HWY_INLINE Total() {}
 };
 
