@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <iomanip>
 #include <limits>
@@ -137,7 +138,7 @@ std::string digits(T value) {
     std::ostringstream out;
     if constexpr (std::is_floating_point_v<T>) {
         out << std::setprecision(std::numeric_limits<T>::max_digits10) << value;
-        if (value != value) {
+        if (std::isnan(value)) {
             uint64_t bits = 0;
             std::memcpy(&bits, &value, sizeof value);
             out << ':' << std::hex << bits;
