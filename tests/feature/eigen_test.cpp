@@ -280,7 +280,8 @@ TEST_P(Eigen, SeamsOfThreads) {
 
 // The definition itself, where all sums are exact: masks over pixels held at the edges.
 Matrices defined(const kit::Image<Qel8u>& image, const Form& form) {
-    const auto [width, height] = image.size();
+    const int width = image.size().width;
+    const int height = image.size().height;
     const std::vector<int> smooth = form.kernType == 1       ? std::vector<int>{3, 10, 3}
                                     : form.apertureSize == 3 ? std::vector<int>{1, 2, 1}
                                                              : std::vector<int>{1, 4, 6, 4, 1};
@@ -291,7 +292,7 @@ Matrices defined(const kit::Image<Qel8u>& image, const Form& form) {
         int sum = 0;
         for (int j = -reach; j <= reach; ++j)
             for (int i = -reach; i <= reach; ++i)
-                sum += across[size_t(i + reach)] * down[size_t(j + reach)] *
+                sum += across[size_t(i) + size_t(reach)] * down[size_t(j) + size_t(reach)] *
                        image.at(std::clamp(x + i, 0, width - 1), std::clamp(y + j, 0, height - 1));
         return sum;
     };

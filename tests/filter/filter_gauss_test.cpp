@@ -94,7 +94,7 @@ public:
                 for (int i = -reach; i <= reach; ++i) {
                     const int column = extended(borderMode & 15, x + i, size.width);
                     const double sample = column < 0 ? borderValue : image.at(column, y);
-                    rows_.back()[size_t(x)].add(k_[size_t(i + reach)], {sample, std::fabs(sample)});
+                    rows_.back()[size_t(x)].add(k_[size_t(i) + size_t(reach)], {sample, std::fabs(sample)});
                 }
             }
         }
@@ -108,7 +108,8 @@ public:
             const bool real =
                 (at < 0 && (borderMode_ & kRowsAbove)) || (at >= size_.height && (borderMode_ & kRowsBelow));
             const int row = real ? at : extended(borderMode_ & 15, at, size_.height);
-            sum.add(k_[size_t(i + reach)], !real && row < 0 ? constant_ : rows_[size_t(row + above_)][size_t(x)]);
+            sum.add(k_[size_t(i) + size_t(reach)],
+                    !real && row < 0 ? constant_ : rows_[size_t(row) + size_t(above_)][size_t(x)]);
         }
         return sum;
     }
@@ -152,7 +153,7 @@ void agrees(kit::Trial& trial, int kernelSize, Qel32f sigma, int borderMode) {
     for (int y = -reach; y < size.height + reach; ++y) {
         const bool real = (y < 0 && (borderMode & kRowsAbove)) || (y >= size.height && (borderMode & kRowsBelow));
         const int index = real ? y : extended(mode, y, size.height);
-        list.push_back(!real && index < 0 ? constant.data() : rows[size_t(index + above)].data());
+        list.push_back(!real && index < 0 ? constant.data() : rows[size_t(index) + size_t(above)].data());
     }
     kit::Image<Qel32f> got(trial, size), want(got);
     Qel8u columnScratch[32];

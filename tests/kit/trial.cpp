@@ -18,9 +18,9 @@ std::optional<uint32_t> repeated;
 
 }  // namespace
 
-std::ranges::iota_view<uint32_t, uint32_t> seeds(uint32_t count) {
+Seeds seeds(uint32_t count) {
     if (!repeated) return {0, count};
-    return *repeated < count ? std::views::iota(*repeated, *repeated + 1) : std::views::iota(count, count);
+    return *repeated < count ? Seeds(*repeated, *repeated + 1) : Seeds(count, count);
 }
 
 void repeatOnly(uint32_t seed) { repeated = seed; }

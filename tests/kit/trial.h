@@ -7,7 +7,6 @@
 #include <iosfwd>
 #include <limits>
 #include <random>
-#include <ranges>
 #include <string>
 #include <type_traits>
 
@@ -22,7 +21,31 @@ enum class Content { kRandom, kLowest, kHighest, kEnds, kSpecial };
 //
 //     for (const uint32_t seed : kit::seeds(300)) {
 //         kit::Trial trial(seed);
-std::ranges::iota_view<uint32_t, uint32_t> seeds(uint32_t count);
+class Seeds {
+public:
+    class Iterator {
+    public:
+        explicit Iterator(uint32_t seed) : seed_(seed) {}
+        uint32_t operator*() const { return seed_; }
+        Iterator& operator++() {
+            ++seed_;
+            return *this;
+        }
+        bool operator!=(const Iterator& other) const { return seed_ != other.seed_; }
+
+    private:
+        uint32_t seed_;
+    };
+
+    Seeds(uint32_t first, uint32_t end) : first_(first), end_(end) {}
+    Iterator begin() const { return Iterator(first_); }
+    Iterator end() const { return Iterator(end_); }
+
+private:
+    uint32_t first_;
+    uint32_t end_;
+};
+Seeds seeds(uint32_t count);
 void repeatOnly(uint32_t seed);
 
 class Trial {
