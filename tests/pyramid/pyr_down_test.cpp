@@ -15,7 +15,8 @@ T modelSample(const kit::Image<T>& src, int x, int y, int c) {
     int sum = 128;
     for (int j = -2; j <= 2; ++j)
         for (int i = -2; i <= 2; ++i) {
-            const int sample = src.at(reflect(2 * x + i, size.width) * channels + c, reflect(2 * y + j, size.height));
+            const auto sample =
+                int{src.at(reflect(2 * x + i, size.width) * channels + c, reflect(2 * y + j, size.height))};
             sum += kWeights[i + 2] * kWeights[j + 2] * sample;
         }
     return T(std::floor(sum / 256.0));
